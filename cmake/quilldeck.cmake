@@ -1,0 +1,84 @@
+# The project's own kinds of target. Sources are relative to the calling folder; code includes
+# headers from src/ on ("vfs/item.h").
+
+# quilldeck_library(<folder> [SOURCES ...] [LINKS ...] [PRIVATE ...])
+# The static library of src/<folder>: target quilldeck_<folder>, alias quilldeck::<folder>. LINKS are
+# seen by its users too, PRIVATE ones are not. Without SOURCES it is a library of headers.
+function(quilldeck_library folder)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS;PRIVATE")
+    set(target quilldeck_${folder})
+    if(NOT arg_SOURCES)
+        add_library(${target} INTERFACE)
+        add_library(quilldeck::${folder} ALIAS ${target})
+        target_link_libraries(${target} INTERFACE quilldeck_options ${arg_LINKS})
+        return()
+    endif()
+    add_library(${target} STATIC ${arg_SOURCES})
+    add_library(quilldeck::${folder} ALIAS ${target})
+    target_link_libraries(${target} PUBLIC quilldeck_options ${arg_LINKS} PRIVATE ${arg_PRIVATE})
+endfunction()
+
+# quilldeck_service_url(<source>)
+# Target quilldeck::service_url: the one object that holds the address of the store. It is in no
+# library, so that each program chooses: products link this one, test programs get their own.
+function(quilldeck_service_url source)
+    add_library(quilldeck_service_url OBJECT ${source})
+    add_library(quilldeck::service_url ALIAS quilldeck_service_url)
+    target_link_libraries(quilldeck_service_url PRIVATE quilldeck_options)
+    target_compile_definitions(quilldeck_service_url
+        PRIVATE QUILLDECK_SERVICE_URL="${QUILLDECK_SERVICE_URL}")
+endfunction()
+
+# quilldeck_program(<name> SOURCES ... [LINKS ...] [GUI])
+# bin/<name>.exe with a wide entry point: wmain, or wWinMain for GUI.
+function(quilldeck_program name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "GUI" "" "SOURCES;LINKS")
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name} PRIVATE quilldeck_options ${arg_LINKS})
+    target_link_options(${name} PRIVATE -municode)
+    set_target_properties(${name} PROPERTIES WIN32_EXECUTABLE ${arg_GUI})
+endfunction()
+
+# quilldeck_test(<name> SOURCES ... [LINKS ...] [SERVICE] [VSFTPD] [SERIAL] [TIMEOUT seconds])
+# One GoogleTest program and one ctest entry, run under Wine in a prefix and with a wineserver of its
+# own. SERVICE: tests/support/with_service.py starts a fresh store for it. VSFTPD: a second store
+# too, whose bytes travel through vsftpd. SERIAL: never beside another test (clipboard, mouse,
+# foreground window). tests/support/service_url.cpp takes the place of quilldeck::service_url.
+function(quilldeck_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "SERVICE;VSFTPD;SERIAL" "TIMEOUT" "SOURCES;LINKS")
+    add_executable(${name} ${arg_SOURCES})
+    target_link_libraries(${name}
+        PRIVATE quilldeck_options ${arg_LINKS} third_party::gtest third_party::gtest_main)
+    set(url ${PROJECT_SOURCE_DIR}/tests/support/service_url.cpp)
+    if(EXISTS ${url})
+        if(NOT TARGET quilldeck_test_service_url)
+            add_library(quilldeck_test_service_url OBJECT ${url})
+            target_link_libraries(quilldeck_test_service_url PRIVATE quilldeck_options)
+        endif()
+        target_link_libraries(${name} PRIVATE quilldeck_test_service_url)
+    endif()
+
+    set(command ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>)
+    set(wrapper /usr/bin/python3 ${PROJECT_SOURCE_DIR}/tests/support/with_service.py)
+    if(arg_VSFTPD)
+        set(command ${wrapper} --vsftpd -- ${command})
+    elseif(arg_SERVICE)
+        set(command ${wrapper} -- ${command})
+    endif()
+    add_test(NAME ${name} COMMAND ${command})
+    if(NOT arg_TIMEOUT)
+        set(arg_TIMEOUT 300)
+    endif()
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} RUN_SERIAL ${arg_SERIAL})
+endfunction()
+
+# quilldeck_fuzzer(<name> SOURCES ... [LINKS ...])
+# bin/fuzz_<name>, a native libFuzzer program; its corpus is fuzz/corpus/<name>. The code under test
+# is named by its source files, as the native build makes no libraries of src/.
+function(quilldeck_fuzzer name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS")
+    set(target fuzz_${name})
+    add_executable(${target} ${arg_SOURCES})
+    target_link_libraries(${target} PRIVATE quilldeck_options ${arg_LINKS})
+    target_link_options(${target} PRIVATE -fsanitize=fuzzer)
+endfunction()
