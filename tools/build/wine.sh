@@ -1,0 +1,86 @@
+# shellcheck shell=bash
+# Wine prefixes: one template in the cache, and cheap copies of it that live as long as a program.
+# Sourced with CACHE set. No function here needs a display.
+
+WINE=/usr/lib/wine/wine64
+WINESERVER=/usr/lib/wine/wineserver64
+
+# Mono and Gecko are not installed; without this Wine asks for them. WINEDEBUG is left to a caller
+# who wants to see something.
+wine_environment() {
+    unset DISPLAY WAYLAND_DISPLAY
+    export LC_ALL=C.UTF-8 WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES='mscoree,mshtml=' WINEARCH=win64
+}
+
+# The template's folder: another Wine or another way of making it is another template.
+wine_template() {
+    local version
+    version=$(dpkg-query -W -f '${Version}' wine64 2>/dev/null) || version=unknown
+    printf '%s/wine-%s\n' "$CACHE" \
+        "$({ printf '%s\n' "$version"; cat "${BASH_SOURCE[0]}"; } | sha256sum | cut -c1-12)"
+}
+
+# Starts and ends the server of the prefix in WINEPREFIX. A server that stays turns a second for
+# each program start into a tenth of one.
+wine_server_start() { "$WINESERVER" -p </dev/null >/dev/null 2>&1; }
+wine_server_stop() { "$WINESERVER" -k </dev/null >/dev/null 2>&1 || true; }
+
+# Makes the template where it is missing; half a template never gets its name.
+wine_make_template() {
+    local template work link
+    template=$(wine_template)
+    [ ! -d "$template" ] || return 0
+    [ -x "$WINE" ] || return 1
+    mkdir -p "$CACHE"
+    work=$(mktemp -d "$CACHE/wine-work.XXXXXX")
+    mkdir "$work/home"
+    (
+        export WINEPREFIX=$work HOME=$work/home
+        wine_environment
+        wine_server_start
+        "$WINE" wineboot -i
+        # Windows without a screen; a crash ends the program at once instead of starting a debugger.
+        "$WINE" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /t REG_SZ /d null /f
+        "$WINE" reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug' \
+            /v Debugger /t REG_SZ /d '' /f
+        "$WINESERVER" -k
+        "$WINESERVER" -w
+    ) >"$CACHE/wine.log" 2>&1 || {
+        tail -n 20 "$CACHE/wine.log" >&2
+        rm -rf "$work"
+        return 1
+    }
+    # Desktop and Documents are links into HOME: each copy gets folders of its own instead.
+    find "$work/drive_c/users" -type l | while read -r link; do
+        rm "$link"
+        mkdir "$link"
+    done
+    mv -T "$work" "$template"
+}
+
+# Removes what killed programs left: prefixes whose maker is gone, with their servers.
+wine_sweep() {
+    local old owner
+    for old in "$CACHE"/prefixes/*; do
+        owner=${old##*/}
+        owner=${owner%%.*}
+        [ -d "$old" ] && ! kill -0 "$owner" 2>/dev/null || continue
+        WINEPREFIX=$old wine_server_stop
+        rm -rf "$old"
+    done
+}
+
+# Prints the path of a fresh prefix that belongs to process $1. Files are hard links to the
+# template's, but for those that Wine writes in place.
+wine_copy_prefix() {
+    local template copy file
+    template=$(wine_template)
+    mkdir -p "$CACHE/prefixes"
+    copy=$(mktemp -d "$CACHE/prefixes/$1.XXXXXX")
+    cp -al "$template/." "$copy/"
+    for file in system.reg user.reg userdef.reg .update-timestamp; do
+        rm "$copy/$file"
+        cp -p "$template/$file" "$copy/$file"
+    done
+    printf '%s\n' "$copy"
+}
