@@ -39,13 +39,15 @@ function(quilldeck_program name)
     set_target_properties(${name} PROPERTIES WIN32_EXECUTABLE ${arg_GUI})
 endfunction()
 
-# quilldeck_test(<name> SOURCES ... [LINKS ...] [SERVICE] [VSFTPD] [SERIAL] [TIMEOUT seconds])
+# quilldeck_test(<name> SOURCES ... [LINKS ...] [SERVICE] [VSFTPD] [TLS12] [SERIAL]
+#     [TIMEOUT seconds])
 # One GoogleTest program and one ctest entry, run under Wine in a prefix and with a wineserver of its
 # own. SERVICE: tests/support/with_service.py starts a fresh store for it. VSFTPD: a second store
-# too, whose bytes travel through vsftpd. SERIAL: never beside another test (clipboard, mouse,
-# foreground window). tests/support/service_url.cpp takes the place of quilldeck::service_url.
+# too, whose bytes travel through vsftpd. TLS12: a second entry, <name>_tls12, against servers that
+# end at TLS 1.2. SERIAL: never beside another test (clipboard, mouse, foreground window).
+# tests/support/service_url.cpp takes the place of quilldeck::service_url.
 function(quilldeck_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "SERVICE;VSFTPD;SERIAL" "TIMEOUT" "SOURCES;LINKS")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "SERVICE;VSFTPD;TLS12;SERIAL" "TIMEOUT" "SOURCES;LINKS")
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name}
         PRIVATE quilldeck_options ${arg_LINKS} third_party::gtest third_party::gtest_main)
@@ -58,18 +60,25 @@ function(quilldeck_test name)
         target_link_libraries(${name} PRIVATE quilldeck_test_service_url)
     endif()
 
-    set(command ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>)
-    set(wrapper /usr/bin/python3 ${PROJECT_SOURCE_DIR}/tests/support/with_service.py)
-    if(arg_VSFTPD)
-        set(command ${wrapper} --vsftpd -- ${command})
-    elseif(arg_SERVICE)
-        set(command ${wrapper} -- ${command})
-    endif()
-    add_test(NAME ${name} COMMAND ${command})
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 300)
     endif()
-    set_tests_properties(${name} PROPERTIES TIMEOUT ${arg_TIMEOUT} RUN_SERIAL ${arg_SERIAL})
+    set(command ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>)
+    set(wrapper /usr/bin/python3 ${PROJECT_SOURCE_DIR}/tests/support/with_service.py)
+    if(arg_VSFTPD)
+        list(APPEND wrapper --vsftpd)
+    endif()
+    set(entries ${name})
+    if(arg_SERVICE OR arg_VSFTPD)
+        add_test(NAME ${name} COMMAND ${wrapper} -- ${command})
+    else()
+        add_test(NAME ${name} COMMAND ${command})
+    endif()
+    if(arg_TLS12)
+        list(APPEND entries ${name}_tls12)
+        add_test(NAME ${name}_tls12 COMMAND ${wrapper} --tls-max 1.2 -- ${command})
+    endif()
+    set_tests_properties(${entries} PROPERTIES TIMEOUT ${arg_TIMEOUT} RUN_SERIAL ${arg_SERIAL})
 endfunction()
 
 # quilldeck_fuzzer(<name> SOURCES ... [LINKS ...])
