@@ -1,0 +1,26 @@
+#include "utils/filesystem.h"
+
+#include "utils/exceptions.h"
+
+#include <windows.h>
+
+#include <shlobj.h>
+
+#include <array>
+#include <source_location>
+
+namespace utils::filesystem {
+
+std::wstring get_special_directory(int) {
+    std::array<wchar_t, MAX_PATH> path{};
+    if (FAILED(SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, SHGFP_TYPE_CURRENT,
+                                path.data()))) {
+        // Users and support know the message by this text, which names the roaming folder.
+        throw system_error_exception(
+            std::source_location::current().function_name(),
+            "::SHGetFolderPath(NULL, CSIDL_APPDATA, NULL, SHGFP_TYPE_CURRENT, pszTempPath)");
+    }
+    return path.data();
+}
+
+} // namespace utils::filesystem
