@@ -1,0 +1,73 @@
+#include "vfs_quilldeck/curl_descriptor_cache.h"
+
+#include "vfs_quilldeck/exceptions.h"
+
+#include <algorithm>
+
+namespace vfs_quilldeck {
+
+namespace {
+
+[[noreturn]] void fail(const wchar_t* name) {
+    throw exception(name, L"Please, contact software manufacturer");
+}
+
+} // namespace
+
+curl_descriptor_cache request_descriptor_cache;
+curl_descriptor_cache transfer_descriptor_cache;
+
+curl_handle_entry::~curl_handle_entry() {
+    if (handle != nullptr) {
+        curl_easy_cleanup(handle);
+    }
+}
+
+std::size_t curl_descriptor_cache::acquire() {
+    const std::lock_guard guard(mutex_);
+    auto found = std::ranges::find(entries_, false, &curl_handle_entry::locked);
+    if (found == entries_.end()) {
+        entries_.emplace_back();
+        if (entries_.back().handle == nullptr) {
+            entries_.pop_back();
+            fail(L"CURL descriptor init failed");
+        }
+        found = entries_.end() - 1;
+    }
+    if (found->locked) {
+        fail(L"CURL descriptor lock failed");
+    }
+    found->locked = true;
+    return static_cast<std::size_t>(found - entries_.begin());
+}
+
+void curl_descriptor_cache::release(std::size_t position) {
+    const std::lock_guard guard(mutex_);
+    if (!entries_[position].locked) {
+        fail(L"CURL descriptor unlock failed");
+    }
+    entries_[position].locked = false;
+}
+
+CURL* curl_descriptor_cache::get(std::size_t position) {
+    const std::lock_guard guard(mutex_);
+    if (!entries_[position].locked) {
+        fail(L"CURL descriptor not locked");
+    }
+    return entries_[position].handle;
+}
+
+curl_descriptor_cache::usage curl_descriptor_cache::get_usage() {
+    const std::lock_guard guard(mutex_);
+    const auto locked = std::ranges::count(entries_, true, &curl_handle_entry::locked);
+    return {entries_.size(), static_cast<std::size_t>(locked)};
+}
+
+curl_descriptor::curl_descriptor(curl_descriptor_cache& cache)
+    : cache_(cache), position_(cache.acquire()) {}
+
+curl_descriptor::~curl_descriptor() {
+    cache_.release(position_);
+}
+
+} // namespace vfs_quilldeck

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vfs_quilldeck {
+
+/// Decodes a reply leniently and never fails: what is no sequence yields nothing, and a four-byte
+/// sequence is cut to one 16-bit unit, which is why the service sends characters above U+FFFF as
+/// two three-byte sequences.
+std::wstring utf8_to_wide(std::string_view bytes);
+
+/// Checked conversion to UTF-8; throws `utf8::invalid_utf16`, a standard exception, for half a
+/// surrogate pair.
+std::string wide_to_utf8(std::wstring_view text);
+
+} // namespace vfs_quilldeck

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace vfs_quilldeck {
+
+/// What an upload retains of its bytes, so that a broken one can go on exactly where the server
+/// stands. The bytes form one run of the file, cut by two positions, both counted in bytes from the
+/// file's beginning:
+///
+///     begin ........ confirmed ........ accepted ........ end
+///
+/// Below `accepted` the caller was told that his write succeeded; what lies above it is data of a
+/// write that failed, which may have reached the server all the same. `confirmed` is where a
+/// restarted transfer begins: libcurl has taken what lies below it. That is no promise that the
+/// server got it, since bytes wait in the buffers of libcurl, of TLS and of both kernels, so the
+/// log also keeps up to `history_limit` bytes below it. After a restart `confirmed` is what the
+/// server holds, and may then lie above `accepted`.
+class upload_log {
+public:
+    /// More than what libcurl's buffer (512 KiB) and the usual largest socket buffers of both sides
+    /// (4 and 6 MiB) can hold together.
+    static constexpr std::int64_t history_limit = std::int64_t{16} << 20;
+
+    using bytes = std::span<const unsigned char>;
+
+    std::int64_t confirmed() const { return confirmed_; }
+
+    std::int64_t accepted() const { return accepted_; }
+
+    /// Forgets everything: the file starts over.
+    void clear();
+
+    /// Takes the data of a write, which stand at `accepted`, into the log. Answers how many of its
+    /// first bytes the server holds already; nothing if it holds other bytes than these.
+    std::optional<std::size_t> offer(bytes data);
+
+    /// The first `size` bytes above `accepted` were placed.
+    void accept(std::size_t size) { accepted_ += static_cast<std::int64_t>(size); }
+
+    /// libcurl has taken all that lies below `position`.
+    void confirm(std::int64_t position);
+
+    /// The server holds `held` bytes. False, with nothing changed, if the log cannot go on from
+    /// there.
+    bool resume_at(std::int64_t held);
+
+    /// The retained bytes from `position` on that lie in one piece of memory and below `accepted`;
+    /// empty at `accepted`. Valid until the next change.
+    bytes replay_from(std::int64_t position) const;
+
+private:
+    std::int64_t end() const { return begin_ + size_; }
+
+    bool equals(std::int64_t position, bytes data) const;
+    void append(bytes data);
+    void truncate(std::int64_t position);
+    void trim_history();
+    /// The bytes from `position` on that lie in one chunk.
+    bytes piece_at(std::int64_t position) const;
+
+    /// Each but the last is full.
+    std::deque<std::vector<unsigned char>> chunks_;
+    std::int64_t begin_ = 0;
+    std::int64_t size_ = 0;
+    std::int64_t confirmed_ = 0;
+    std::int64_t accepted_ = 0;
+};
+
+} // namespace vfs_quilldeck
