@@ -1,0 +1,1 @@
+"""Quilldeck's local store: metadata over HTTPS, bytes over FTP with TLS."""

@@ -1,0 +1,115 @@
+"""The bytes: flat files below one folder, as the transfer host sees them.
+
+`/f…` is the content of files, never changed once it is there and shared by copies;
+`/u…` is an upload on its way. A name is 32 random hexadecimal digits, so that to know
+a location is to have been told it.
+"""
+from __future__ import annotations
+
+import os
+import re
+import secrets
+import shutil
+import sqlite3
+import time
+from pathlib import Path
+
+LOCATION = re.compile(r"/[fu][0-9a-f]{32}")
+KEEP_SUPERSEDED = 86400
+KEEP_OPEN_DOWNLOAD = 7 * 86400
+KEEP_IDLE_UPLOAD = 2 * 86400
+
+
+def new_location(letter: str) -> str:
+    return f"/{letter}{secrets.token_hex(16)}"
+
+
+class Contents:
+    """The folder of transfer locations.
+
+    With `foreign` a file server of another user serves the folder, and gets the rights
+    to read contents and write uploads.
+    """
+
+    def __init__(self, folder: Path, foreign: bool) -> None:
+        self.folder = folder
+        self._foreign = foreign
+        folder.mkdir(parents=True, exist_ok=True)
+        folder.chmod(0o711 if foreign else 0o700)
+
+    def file(self, location: str) -> Path:
+        """The file behind a location that the store itself has given out."""
+        return self.folder / location[1:]
+
+    def start_upload(self) -> str:
+        """A new empty upload location."""
+        location = new_location("u")
+        handle = os.open(self.file(location), os.O_WRONLY | os.O_CREAT | os.O_EXCL, 0o600)
+        if self._foreign:
+            os.fchmod(handle, 0o666)
+        os.close(handle)
+        return location
+
+    def seal(self, upload: str, content: str) -> None:
+        """Makes the upload's file the content's file, on disk before anybody is told."""
+        source, target = self.file(upload), self.file(content)
+        if self._foreign:
+            # A dying session of the other server may still hold the upload open and write.
+            shutil.copyfile(source, target)
+        with open(source if not self._foreign else target, "rb") as handle:
+            os.fsync(handle.fileno())
+        if not self._foreign:
+            os.replace(source, target)
+        target.chmod(0o644 if self._foreign else 0o600)
+
+    def unseal(self, upload: str, content: str) -> None:
+        """Takes `seal` back after the metadata refused the content."""
+        if self._foreign:
+            self.file(content).unlink()
+        else:
+            os.replace(self.file(content), self.file(upload))
+
+    def empty(self, db: sqlite3.Connection) -> str:
+        """The one location of all empty files."""
+        row = db.execute("SELECT location FROM contents WHERE id = 1").fetchone()
+        if row:
+            return row["location"]
+        location = new_location("f")
+        self.file(location).touch(0o644 if self._foreign else 0o600)
+        db.execute("INSERT INTO contents VALUES (1, ?, 0, ?)", (location, int(time.time())))
+        return location
+
+    def add(self, db: sqlite3.Connection, source: Path) -> tuple[int, int]:
+        """Copies a local file in; returns the content's number and size."""
+        location = new_location("f")
+        shutil.copyfile(source, self.file(location))
+        self.file(location).chmod(0o644 if self._foreign else 0o600)
+        size = self.file(location).stat().st_size
+        number = db.execute("INSERT INTO contents(location, size, created) VALUES (?,?,?)",
+                            (location, size, int(time.time()))).lastrowid
+        return number, size
+
+    def collect(self, db: sqlite3.Connection) -> list[Path]:
+        """Forgets what nobody needs any more and returns the files to delete once the
+        transaction is through."""
+        now = int(time.time())
+        db.execute("DELETE FROM downloads WHERE opened < ?", (now - KEEP_OPEN_DOWNLOAD,))
+        db.execute("DELETE FROM superseded WHERE at < ?", (now - KEEP_SUPERSEDED,))
+        dead = []
+        for row in db.execute("SELECT location FROM uploads WHERE opened < ?",
+                              (now - KEEP_IDLE_UPLOAD,)).fetchall():
+            file = self.file(row["location"])
+            if not file.exists() or file.stat().st_mtime < now - KEEP_IDLE_UPLOAD:
+                db.execute("DELETE FROM uploads WHERE location = ?", (row["location"],))
+        db.execute("DELETE FROM contents WHERE id > 1 AND created < ? "
+                   "AND id NOT IN (SELECT content_id FROM items WHERE content_id IS NOT NULL) "
+                   "AND id NOT IN (SELECT content_id FROM downloads) "
+                   "AND id NOT IN (SELECT content_id FROM superseded)", (now - 60,))
+        known = {row[0] for row in db.execute(
+            "SELECT location FROM contents UNION ALL SELECT location FROM uploads")}
+        for entry in os.scandir(self.folder):
+            # A young file may belong to a step that has not reached the metadata yet.
+            if ("/" + entry.name not in known and LOCATION.fullmatch("/" + entry.name)
+                    and entry.stat().st_ctime < now - 60):
+                dead.append(Path(entry.path))
+        return dead

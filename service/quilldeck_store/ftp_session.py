@@ -1,0 +1,193 @@
+"""The control connection: which commands there are, and what a session may reach."""
+from __future__ import annotations
+
+import os
+import threading
+from collections import Counter
+from typing import BinaryIO
+
+from OpenSSL import SSL
+from pyftpdlib.authorizers import AuthenticationFailed
+from pyftpdlib.filesystems import AbstractedFS, FilesystemError
+from pyftpdlib.handlers import FileProducer, TLS_FTPHandler
+
+from .accounts import Principal
+from .contents import LOCATION
+from .faults import FaultList
+from .ftp_data import Download, TransferChannel, TransferFault
+from .transfer_gate import TransferGate
+from .writers import Upload, WriterRegistry
+
+# Nothing can be listed, renamed or deleted here, and no connection goes out from here.
+_COMMANDS = ("ABOR ALLO APPE AUTH CWD EPSV FEAT HELP MODE NOOP OPTS PASS PASV PBSZ PROT PWD QUIT "
+             "REIN REST RETR SIZE STOR STRU SYST TYPE USER XPWD").split()
+
+
+class Services:
+    """What all sessions of the server share; filled once, before it serves."""
+
+    gate: TransferGate
+    writers = WriterRegistry()
+    faults = FaultList()
+    counts: Counter[str] = Counter()
+    lock = threading.Lock()
+
+    @classmethod
+    def count(cls, name: str, by: int = 1) -> None:
+        with cls.lock:
+            cls.counts[name] += by
+
+
+class Authorizer:
+    """Transfer accounts out of the metadata, in the form that the library asks for."""
+
+    def validate_authentication(self, username: str, password: str, handler: Session) -> None:
+        who = Services.gate.sign_in(username, password)
+        if who is None:
+            raise AuthenticationFailed("Authentication failed.")
+        handler.principal = who
+
+    def get_home_dir(self, username: str) -> str:
+        return "/"
+
+    def get_msg_login(self, username: str) -> str:
+        return "Signed in."
+
+    def get_msg_quit(self, username: str) -> str:
+        return "Goodbye."
+
+    def has_perm(self, username: str, perm: str, path: str | None = None) -> bool:
+        return True
+
+    def impersonate_user(self, username: str, password: str) -> None:
+        pass
+
+    def terminate_impersonation(self, username: str) -> None:
+        pass
+
+
+class Locations(AbstractedFS):
+    """The flat room of transfer locations; a path here is a location, never a file's path."""
+
+    def ftp2fs(self, ftppath: str) -> str:
+        return self.ftpnorm(ftppath)
+
+    def fs2ftp(self, fspath: str) -> str:
+        return fspath
+
+    def realpath(self, path: str) -> str:
+        return path
+
+    def validpath(self, path: str) -> bool:
+        return True
+
+    def open(self, filename: str, mode: str) -> BinaryIO | Upload:
+        """A content to read, or an upload to write; an older writer of it ends."""
+        who: Principal = self.cmd_channel.principal
+        if LOCATION.fullmatch(filename):
+            if mode == "rb":
+                path = Services.gate.readable(who, filename)
+                if path:
+                    return path.open("rb", buffering=0)
+            else:
+                found = Services.gate.writable(who, filename)
+                if found:
+                    return Services.writers.open(filename, found[0], mode.rstrip("b"), found[1])
+        raise FilesystemError("No such location, or it is not yours")
+
+    def isfile(self, path: str) -> bool:
+        try:
+            self.getsize(path)
+        except (OSError, FilesystemError):
+            return False
+        return True
+
+    def getsize(self, path: str) -> int:
+        """The size of what is really stored: a transfer that still writes it ends first."""
+        who: Principal = self.cmd_channel.principal
+        if LOCATION.fullmatch(path):
+            found = Services.gate.writable(who, path)
+            if found:
+                Services.writers.end(path)
+                return os.stat(found[0]).st_size
+            readable = Services.gate.readable(who, path)
+            if readable:
+                return os.stat(readable).st_size
+        raise FilesystemError("No such location, or it is not yours")
+
+
+class Session(TLS_FTPHandler):
+    """One control connection. TLS is required on it and on its data connections."""
+
+    tls_control_required = True
+    tls_data_required = True
+    authorizer = Authorizer()
+    abstracted_fs = Locations
+    dtp_handler = TransferChannel
+    banner = "Quilldeck store."
+    timeout = 600
+    auth_failed_timeout = 1
+    proto_cmds = {name: TLS_FTPHandler.proto_cmds[name] for name in _COMMANDS}
+    principal: Principal
+
+    def on_connect(self) -> None:
+        Services.count("ftp_sessions")
+
+    def on_disconnect(self) -> None:
+        Services.count("ftp_sessions", -1)
+
+    def on_login(self, username: str) -> None:
+        Services.count("ftp_logins")
+
+    def ftp_CWD(self, path: str) -> None:
+        if path == "/":
+            self.respond("250 There is only this folder.")
+        else:
+            self.respond("550 No such folder.")
+
+    def ftp_STOR(self, file: str, mode: str = "w") -> str | None:
+        if self._restart_position:
+            self._restart_position = 0
+            self.respond("504 Uploads go on with APPE, at the end of what is there.")
+            return None
+        return super().ftp_STOR(file, mode)
+
+    def push_dtp_data(self, data: object, isproducer: bool = False, file: BinaryIO | None = None,
+                      cmd: str | None = None) -> None:
+        if isinstance(data, FileProducer):
+            data = Download(file)
+        super().push_dtp_data(data, isproducer, file, cmd)
+
+    def take_fault(self, direction: str, location: str) -> TransferFault | None:
+        """The fault for a transfer that begins now; `direction` is "up" or "down"."""
+        cut = "cut_upload" if direction == "up" else "cut_download"
+        fault = Services.faults.take({cut, "cut_control", "stall"}, direction=direction,
+                                     path=location)
+        return TransferFault(fault) if fault else None
+
+    def process_command(self, cmd: str, *args: str, **kwargs: str) -> None:
+        if Services.faults.take({"cut_command"}, command=cmd):
+            self.hang_up()
+            return
+        super().process_command(cmd, *args, **kwargs)
+
+    def hang_up(self) -> None:
+        """Drops the line without a word."""
+        self._ssl_established = False
+        self.close()
+
+    def _on_dtp_connection(self) -> None:
+        Services.count("ftp_data_connections")
+        super()._on_dtp_connection()
+
+
+def make_context(certificate: str, tls_max: str) -> SSL.Context:
+    """TLS 1.2 up to `tls_max`; a data connection may resume its control connection's session."""
+    context = SSL.Context(SSL.TLS_SERVER_METHOD)
+    context.set_min_proto_version(SSL.TLS1_2_VERSION)
+    context.set_max_proto_version(SSL.TLS1_2_VERSION if tls_max == "1.2" else SSL.TLS1_3_VERSION)
+    context.set_options(SSL.OP_NO_COMPRESSION | SSL.OP_NO_RENEGOTIATION)
+    context.use_certificate_chain_file(certificate)
+    context.use_privatekey_file(certificate)
+    context.set_session_id(b"quilldeck transfer")
+    return context

@@ -1,0 +1,162 @@
+"""Puts the parts together and runs them until a signal comes."""
+from __future__ import annotations
+
+import argparse
+import asyncio
+import contextlib
+import json
+import logging
+import os
+import signal
+import socket
+import sys
+from pathlib import Path
+
+from aiohttp import web
+
+from . import certificate, demo
+from .control import Control
+from .faults import FaultList
+from .ftp_process import FtpOptions, FtpProcess
+from .https_server import HttpsService, tls_context
+from .request_log import RequestLog
+from .store import Policy, Store, Transfer
+
+COLLECT_SECONDS = 600
+_log = logging.getLogger("quilldeck")
+
+
+class StartError(Exception):
+    """Why the service cannot start, in words for its host."""
+
+
+def _listen(host: str | None, port: int, what: str) -> list[socket.socket]:
+    """Listening sockets on one port: on both loopback addresses where no host is named."""
+    for _ in range(20):
+        sockets: list[socket.socket] = []
+        try:
+            for address in (host,) if host else ("127.0.0.1", "::1"):
+                family = socket.AF_INET6 if ":" in address else socket.AF_INET
+                try:
+                    sockets.append(_bind(address, sockets[0].getsockname()[1] if sockets else port,
+                                         family))
+                except OSError as error:
+                    # A machine without IPv6 serves on the other address alone.
+                    if not sockets or error.errno == 98:
+                        raise
+            return sockets
+        except OSError as error:
+            for opened in sockets:
+                opened.close()
+            if port or not sockets:
+                raise StartError(f"Cannot listen for {what} on {host or 'localhost'} port {port}: "
+                                 f"{os.strerror(error.errno)}. Is the service running already? "
+                                 f"Another port can be named by --{what.lower()}-port.") from None
+    raise StartError(f"Found no port that is free on both addresses for {what}.")
+
+
+def _bind(address: str, port: int, family: int) -> socket.socket:
+    opened = socket.socket(family, socket.SOCK_STREAM)
+    try:
+        opened.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+        if family == socket.AF_INET6:
+            opened.setsockopt(socket.IPPROTO_IPV6, socket.IPV6_V6ONLY, address != "::")
+        opened.bind((address, port))
+        opened.listen(128)
+    except OSError:
+        opened.close()
+        raise
+    return opened
+
+
+def _write_ready_file(file: Path, facts: dict[str, object]) -> None:
+    part = file.with_name(file.name + ".part")
+    part.write_text(json.dumps(facts, indent=1) + "\n")
+    os.replace(part, file)
+
+
+async def _serve(options: argparse.Namespace, store: Store, service: HttpsService,
+                 sockets: list[socket.socket], cert: Path, ftp: FtpProcess | None) -> int:
+    loop = asyncio.get_running_loop()
+    stop = asyncio.Event()
+    code = 0
+    for number in (signal.SIGTERM, signal.SIGINT):
+        loop.add_signal_handler(number, stop.set)
+
+    def ftp_ended() -> None:
+        nonlocal code
+        loop.remove_reader(ftp.sentinel)
+        _log.error("the FTP server has ended unexpectedly")
+        code = 1
+        stop.set()
+
+    if ftp:
+        loop.add_reader(ftp.sentinel, ftp_ended)
+    runner = web.AppRunner(service.app, access_log=None, keepalive_timeout=600)
+    await runner.setup()
+    context = tls_context(str(cert), options.tls_max)
+    for listening in sockets:
+        await web.SockSite(runner, listening, ssl_context=context, shutdown_timeout=1).start()
+    if options.ready_file:
+        _write_ready_file(options.ready_file, {
+            "pid": os.getpid(), "https_url": store.base_url, "ftp_url": store.transfer.url,
+            "data": str(store.data), "incoming": str(store.contents.folder),
+            "certificate": str(cert)})
+    print(f"Quilldeck store: {store.base_url}, bytes at {store.transfer.url}, data in {store.data}",
+          flush=True)
+    while not stop.is_set():
+        with contextlib.suppress(asyncio.TimeoutError):
+            await asyncio.wait_for(stop.wait(), COLLECT_SECONDS)
+        if not stop.is_set():
+            await loop.run_in_executor(None, store.collect)
+    if ftp:
+        loop.remove_reader(ftp.sentinel)
+    await runner.cleanup()
+    return code
+
+
+def run(options: argparse.Namespace) -> int:
+    """Serves until SIGTERM or SIGINT; returns the exit code."""
+    logging.basicConfig(level=logging.WARNING, format="%(asctime)s %(name)s: %(message)s")
+    https = _listen(options.host, options.https_port, "HTTPS")
+    own_ftp = [] if options.transfer_host else _listen(options.host, options.ftp_port, "FTP")
+    store = Store(options.data, bool(options.transfer_host), Policy(
+        options.quota, options.upload_limit, options.download_limit, not options.no_sign_up))
+    cert = certificate.ensure(options.data / "service.pem", options.public_host)
+    store.base_url = f"https://{options.public_host}:{https[0].getsockname()[1]}"
+    if options.demo:
+        demo.ensure(store)
+    if options.transfer_host:
+        store.transfer = Transfer(options.transfer_host.rstrip("/"), options.transfer_user,
+                                  options.transfer_password)
+    else:
+        store.transfer = Transfer(f"ftp://{options.public_host}:{own_ftp[0].getsockname()[1]}")
+    store.db.close()
+    ftp = None
+    if own_ftp:
+        ftp = FtpProcess(FtpOptions(options.data, cert, options.tls_max, options.public_host,
+                                    options.passive_ports), own_ftp, https)
+        store.end_writers = ftp.end_writers
+    faults = FaultList()
+    log = RequestLog(options.test_control, options.request_log)
+    control = Control(store, log, faults, ftp) if options.test_control else None
+    try:
+        return asyncio.run(_serve(options, store, HttpsService(store, log, control, faults), https,
+                                  cert, ftp))
+    finally:
+        if ftp:
+            ftp.stop()
+        if options.ready_file:
+            options.ready_file.unlink(missing_ok=True)
+        store.db.close()
+
+
+def main() -> int:
+    """The command's entry."""
+    from .options import parse
+    options = parse()
+    try:
+        return run(options)
+    except (StartError, RuntimeError) as error:
+        print(f"quilldeck_service: {error}", file=sys.stderr)
+        return 1

@@ -1,0 +1,77 @@
+"""What all requests share: the database, the contents, the settings, the transfer host."""
+from __future__ import annotations
+
+import os
+import time
+from collections.abc import Callable
+from dataclasses import dataclass
+from pathlib import Path
+
+from .accounts import Principal, forget_idle_sessions
+from .contents import Contents
+from .credentials import seal
+from .database import Database
+
+
+@dataclass(frozen=True)
+class Transfer:
+    """Where bytes go. An empty user means each principal's own account."""
+
+    url: str
+    user: str = ""
+    password: str = ""
+
+    @property
+    def is_foreign(self) -> bool:
+        return self.user != ""
+
+
+@dataclass(frozen=True)
+class Policy:
+    """The host's choices for all accounts."""
+
+    quota: int
+    upload_limit: int
+    download_limit: int
+    sign_up: bool
+
+
+class Store:
+    """The store in one data folder, safe on any thread."""
+
+    def __init__(self, data: Path, foreign_transfer: bool, policy: Policy) -> None:
+        data.mkdir(parents=True, exist_ok=True)
+        data.chmod(0o711 if foreign_transfer else 0o700)
+        self.data = data
+        self.policy = policy
+        self.contents = Contents(data / "transfer", foreign_transfer)
+        self.thumbnails = data / "thumbnails"
+        self.outbox = data / "outbox"
+        self.db = Database(data / "store.sqlite")
+        os.chmod(data / "store.sqlite", 0o600)
+        self.transfer = Transfer("")
+        self.base_url = ""
+        self.end_writers: Callable[[str], None] = lambda location: None
+        """Ends the bundled server's transfers to an upload location, before it is read."""
+        with self.db.transaction(write=True) as db:
+            self.empty_location = self.contents.empty(db)
+            forget_idle_sessions(db)
+        self.collect()
+
+    def collect(self) -> None:
+        """Throws away contents and uploads that nothing refers to."""
+        with self.db.transaction(write=True) as db:
+            dead = self.contents.collect(db)
+        for file in dead:
+            file.unlink(missing_ok=True)
+            (self.thumbnails / f"{file.name}.jpg").unlink(missing_ok=True)
+
+    def transfer_data(self, who: Principal, key_parts: tuple[str, str, str]) -> str:
+        """The enciphered `Data` field for a session."""
+        if self.transfer.is_foreign:
+            return seal(self.transfer.url, self.transfer.user, self.transfer.password, key_parts)
+        return seal(self.transfer.url, who.transfer_login, who.transfer_password, key_parts)
+
+
+def now() -> int:
+    return int(time.time())

@@ -1,0 +1,86 @@
+"""The road of bytes into a file, and the opening of downloads."""
+from __future__ import annotations
+
+import sqlite3
+
+from . import tree
+from .accounts import Principal
+from .contents import new_location
+from .store import Store, now
+from .wire import Failure
+
+
+def begin(store: Store, db: sqlite3.Connection, who: Principal, item: sqlite3.Row,
+          announced: int) -> str:
+    """Opens an upload of the file and returns its location; the old content stays."""
+    if item["trashed"]:
+        raise Failure("Open failed", f"'{item['name']}' is in the Trash.")
+    tree.require_space(db, item["owner_id"], announced - item["size"])
+    quota = db.execute("SELECT quota FROM users WHERE id = ?", (item["owner_id"],)).fetchone()[0]
+    free = quota - tree.used_space(db, item["owner_id"]) + item["size"] if quota else -1
+    location = store.contents.start_upload()
+    db.execute("INSERT INTO uploads VALUES (?,?,?,?,?,?)",
+               (location, item["id"], who.account_id, announced, free, now()))
+    return location
+
+
+def commit(store: Store, who: Principal, file_id: int, location: str, size: int,
+           modified: int) -> None:
+    """Makes an upload the content of its file, or refuses and leaves both as they were.
+
+    The bytes are on disk under the content's name before the metadata points to them; a
+    crash between the two leaves a file that nobody refers to, which the next start deletes.
+    """
+    upload = store.db.connection().execute(
+        "SELECT * FROM uploads WHERE location = ? AND item_id = ? AND account_id = ?",
+        (location, file_id, who.account_id)).fetchone()
+    if upload is None:
+        raise Failure("Upload failed", "This upload does not belong to the file, or it is closed already.")
+    store.end_writers(location)
+    file = store.contents.file(location)
+    try:
+        arrived = file.stat().st_size
+    except FileNotFoundError:
+        raise Failure("Upload failed", "The uploaded bytes are not there any more.") from None
+    if arrived != size:
+        raise Failure("Upload failed", f"The file has {size} bytes, but {arrived} arrived. "
+                      "Please upload it again.")
+    content = new_location("f")
+    store.contents.seal(location, content)
+    try:
+        with store.db.transaction(write=True) as db:
+            _publish(store, db, upload, content, size, modified)
+    except BaseException:
+        store.contents.unseal(location, content)
+        raise
+    file.unlink(missing_ok=True)
+
+
+def _publish(store: Store, db: sqlite3.Connection, upload: sqlite3.Row, content: str, size: int,
+             modified: int) -> None:
+    item = db.execute("SELECT * FROM items WHERE id = ?", (upload["item_id"],)).fetchone()
+    gone = db.execute("DELETE FROM uploads WHERE location = ?", (upload["location"],)).rowcount == 0
+    if item is None or gone:
+        raise Failure("Upload failed", "The file was deleted, or its upload closed, in the meantime.")
+    tree.require_space(db, item["owner_id"], size - item["size"])
+    number = db.execute("INSERT INTO contents(location, size, created) VALUES (?,?,?)",
+                        (content, size, now())).lastrowid
+    if item["content_id"]:
+        db.execute("INSERT INTO superseded VALUES (?,?,?)", (item["content_id"], item["id"], now()))
+    db.execute("UPDATE items SET content_id = ?, size = ?, modified = ? WHERE id = ?",
+               (number, size, modified, item["id"]))
+
+
+def open_download(db: sqlite3.Connection, who: Principal, item: sqlite3.Row) -> None:
+    """Holds the file's present content until the download is closed."""
+    db.execute("UPDATE items SET accessed = ? WHERE id = ?", (now(), item["id"]))
+    if item["content_id"]:
+        db.execute("INSERT INTO downloads VALUES (?,?,?,?)",
+                   (who.account_id, item["id"], item["content_id"], now()))
+
+
+def close_download(db: sqlite3.Connection, who: Principal, file_id: int) -> None:
+    """Ends one of this account's downloads of the file."""
+    db.execute("DELETE FROM downloads WHERE rowid = (SELECT rowid FROM downloads "
+               "WHERE account_id = ? AND item_id = ? ORDER BY opened LIMIT 1)",
+               (who.account_id, file_id))
