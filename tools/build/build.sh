@@ -1,0 +1,24 @@
+#!/bin/bash
+# build: build the Windows programs into build/release/bin
+#
+# build [PRESET] builds another preset of CMakePresets.json: release (optimised, the default),
+# checked (undefined behaviour and container overruns trap; what the tests run) or native (the
+# fuzzers, with sanitizers).
+set -euo pipefail
+. "$ROOT/tools/build/common.sh"
+
+preset=${1:-release}
+case $preset in
+release | checked | native) ;;
+*) die "no such preset: $preset (release, checked, native)" ;;
+esac
+"$ROOT/tools/build/setup.sh"
+cd "$ROOT"
+say "building $preset"
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+cmake --preset "$preset" >"$log" 2>&1 || {
+    cat "$log" >&2
+    die "the build could not be configured"
+}
+cmake --build --preset "$preset" >&2 || die "the build failed"

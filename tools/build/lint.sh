@@ -1,0 +1,48 @@
+#!/bin/bash
+# lint: check format, code, scripts and layers
+#
+# clang-format and clang-tidy over the C++ code, the directions of includes between the folders of
+# src/, shellcheck over the scripts, and whether the Python code compiles. Changes nothing;
+# ./quilldeck format mends the format. clang-tidy's good results are kept in the cache.
+set -euo pipefail
+. "$ROOT/tools/build/common.sh"
+. "$ROOT/tools/build/sources.sh"
+
+"$ROOT/tools/build/setup.sh"
+cd "$ROOT"
+failed=()
+check() {
+    local what=$1
+    shift
+    say "checking $what"
+    "$@" || failed+=("$what")
+}
+
+check_format() { cpp_files | xargs -r clang-format-19 --dry-run -Werror; }
+check_scripts() { shell_files | xargs shellcheck -x -P SCRIPTDIR -P "$ROOT"; }
+# In memory: the sources' folders stay free of compiled files.
+check_python() {
+    python_files | xargs -r "$PYTHON" -c 'import sys
+for path in sys.argv[1:]:
+    with open(path, encoding="utf-8") as source:
+        compile(source.read(), path, "exec", dont_inherit=True)'
+}
+check_code() {
+    local preset
+    for preset in checked release; do
+        cmake --preset "$preset" >"$CACHE/configure.log" 2>&1 || {
+            cat "$CACHE/configure.log" >&2
+            return 1
+        }
+    done
+    "$PYTHON" tools/build/tidy.py --cache "$CACHE/tidy" build/checked build/release
+}
+
+check format check_format
+check layers "$PYTHON" tools/build/layers.py
+check scripts check_scripts
+check python check_python
+check code check_code
+
+[ ${#failed[@]} = 0 ] || die "lint failed: ${failed[*]}"
+say "lint found nothing"
