@@ -157,6 +157,10 @@ bool transfer_stream::next_buffer() {
     return wait_for_worker();
 }
 
+bool transfer_stream::is_eof() const {
+    return mode_ == reading && get_status() == succeeded && served_ == buffer_size_;
+}
+
 int transfer_stream::get_status() const {
     const std::lock_guard guard(lock_);
     return status_;
