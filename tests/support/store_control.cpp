@@ -1,0 +1,114 @@
+#include "store_control.h"
+
+#include <curl/curl.h>
+
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+
+namespace support {
+
+namespace {
+
+std::size_t collect(char* data, std::size_t size, std::size_t count, void* text) {
+    static_cast<std::string*>(text)->append(data, size * count);
+    return size * count;
+}
+
+std::string unescape(const std::string& text) {
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\\' || i + 1 == text.size()) {
+            out.push_back(text[i]);
+            continue;
+        }
+        ++i;
+        out.push_back(text[i] == 'n' ? '\n' : text[i] == 'r' ? '\r' : text[i]);
+    }
+    return out;
+}
+
+std::string escape_value(const std::string& text) {
+    const std::unique_ptr<char, decltype(&curl_free)> escaped(
+        curl_easy_escape(nullptr, text.c_str(), static_cast<int>(text.size())), &curl_free);
+    return escaped.get();
+}
+
+} // namespace
+
+std::string logged_request::value_of(const std::string& key) const {
+    const std::string parts = "&" + body;
+    const std::size_t at = parts.find("&" + key + "=");
+    if (at == std::string::npos) {
+        return {};
+    }
+    const std::size_t from = at + key.size() + 2;
+    return parts.substr(from, parts.find('&', from) - from);
+}
+
+store_control::store_control(std::string url) : url_(std::move(url)) {}
+
+void store_control::reset() {
+    const std::string empty;
+    exchange("/_control/reset", &empty);
+}
+
+std::vector<logged_request> store_control::log() {
+    std::vector<logged_request> requests;
+    std::istringstream lines(exchange("/_control/log", nullptr));
+    std::string line;
+    while (std::getline(lines, line)) {
+        std::istringstream fields(line);
+        std::string number;
+        logged_request request;
+        fields >> number >> request.connection >> request.path;
+        fields.get();
+        std::getline(fields, request.body);
+        request.body = unescape(request.body);
+        requests.push_back(std::move(request));
+    }
+    return requests;
+}
+
+void store_control::fault(const std::vector<std::pair<std::string, std::string>>& settings) {
+    std::string body;
+    for (const auto& [key, value] : settings) {
+        body += (body.empty() ? "" : "&") + key + "=" + escape_value(value);
+    }
+    exchange("/_control/fault", &body);
+}
+
+std::map<std::string, std::int64_t> store_control::stats() {
+    std::map<std::string, std::int64_t> found;
+    std::istringstream lines(exchange("/_control/stats", nullptr));
+    std::string name;
+    std::int64_t value = 0;
+    while (lines >> name >> value) {
+        found[name] = value;
+    }
+    return found;
+}
+
+std::string store_control::exchange(const std::string& path, const std::string* body) {
+    const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> handle(curl_easy_init(),
+                                                                     &curl_easy_cleanup);
+    std::string reply;
+    const std::string url = url_ + path;
+    curl_easy_setopt(handle.get(), CURLOPT_URL, url.c_str());
+    curl_easy_setopt(handle.get(), CURLOPT_SSL_VERIFYHOST, 0L);
+    curl_easy_setopt(handle.get(), CURLOPT_SSL_VERIFYPEER, 0L);
+    curl_easy_setopt(handle.get(), CURLOPT_FAILONERROR, 1L);
+    curl_easy_setopt(handle.get(), CURLOPT_WRITEFUNCTION, &collect);
+    curl_easy_setopt(handle.get(), CURLOPT_WRITEDATA, &reply);
+    if (body != nullptr) {
+        curl_easy_setopt(handle.get(), CURLOPT_POSTFIELDS, body->c_str());
+    }
+    const CURLcode code = curl_easy_perform(handle.get());
+    if (code != CURLE_OK) {
+        throw std::runtime_error("the store's control " + path +
+                                 " failed: " + curl_easy_strerror(code));
+    }
+    return reply;
+}
+
+} // namespace support
