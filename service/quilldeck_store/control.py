@@ -68,8 +68,9 @@ class Control:
         db = self._store.db.connection()
         stats = {"https_connections": self._service.connection_count,
                  "requests": self._service.request_count}
-        for table in ("sessions", "uploads", "downloads", "contents"):
-            name = f"open_{table}" if table in ("uploads", "downloads") else table
-            stats[name] = db.execute(f"SELECT count(*) FROM {table}").fetchone()[0]
+        for name, rows in {"sessions": "sessions", "contents": "contents",
+                           "open_uploads": "uploads WHERE closed_size IS NULL",
+                           "open_downloads": "downloads"}.items():
+            stats[name] = db.execute(f"SELECT count(*) FROM {rows}").fetchone()[0]
         stats.update(await self._ask_ftp("stats") or {})
         return web.Response(text="".join(f"{name} {value}\n" for name, value in stats.items()))

@@ -19,7 +19,7 @@ CREATE TABLE users (
     email TEXT NOT NULL, email_key TEXT NOT NULL,
     first_name TEXT NOT NULL DEFAULT '', last_name TEXT NOT NULL DEFAULT '',
     lang TEXT NOT NULL DEFAULT 'en', level TEXT NOT NULL DEFAULT '1',
-    quota INTEGER NOT NULL, created INTEGER NOT NULL,
+    quota INTEGER NOT NULL, used INTEGER NOT NULL DEFAULT 0, created INTEGER NOT NULL,
     upload_limit INTEGER, download_limit INTEGER);
 CREATE UNIQUE INDEX users_email ON users(email_key) WHERE email_key <> '';
 INSERT INTO sqlite_sequence(name, seq) VALUES ('users', 1000);
@@ -58,14 +58,22 @@ CREATE INDEX items_listing ON items(owner_id, parent_id, kind, name_key) WHERE t
 CREATE INDEX items_media ON items(parent_id, media) WHERE trashed = 0 AND media > 0;
 CREATE INDEX items_parent ON items(parent_id);
 CREATE INDEX items_trash ON items(owner_id) WHERE trashed > 0;
-CREATE INDEX items_used ON items(owner_id, size);
 CREATE INDEX items_content ON items(content_id);
 CREATE UNIQUE INDEX items_link ON items(link_key);
+
+-- users.used is the sum of the sizes of all items of the account.
+CREATE TRIGGER items_added AFTER INSERT ON items WHEN new.size <> 0 BEGIN
+    UPDATE users SET used = used + new.size WHERE id = new.owner_id; END;
+CREATE TRIGGER items_removed AFTER DELETE ON items WHEN old.size <> 0 BEGIN
+    UPDATE users SET used = used - old.size WHERE id = old.owner_id; END;
+CREATE TRIGGER items_changed AFTER UPDATE OF size, owner_id ON items BEGIN
+    UPDATE users SET used = used - old.size WHERE id = old.owner_id;
+    UPDATE users SET used = used + new.size WHERE id = new.owner_id; END;
 
 CREATE TABLE uploads (
     location TEXT PRIMARY KEY, item_id INTEGER NOT NULL REFERENCES items(id) ON DELETE CASCADE,
     account_id INTEGER NOT NULL REFERENCES transfer_accounts(id) ON DELETE CASCADE,
-    announced INTEGER NOT NULL, max_bytes INTEGER NOT NULL, opened INTEGER NOT NULL);
+    max_bytes INTEGER NOT NULL, opened INTEGER NOT NULL, closed_size INTEGER);
 CREATE TABLE downloads (
     account_id INTEGER NOT NULL REFERENCES transfer_accounts(id) ON DELETE CASCADE,
     item_id INTEGER NOT NULL, content_id INTEGER NOT NULL REFERENCES contents(id),

@@ -142,6 +142,13 @@ class TransferChannel(TLS_DTPHandler, _Records):
             # A last small record must not wait for the peer's acknowledgement.
             sock.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
         super().__init__(sock, cmd_channel)
+        self.cmd_channel.count_channel(1)
+
+    def close(self) -> None:
+        open_before = not self._closed
+        super().close()
+        if open_before and self._closed:
+            self.cmd_channel.count_channel(-1)
 
     def readable(self) -> bool:
         # A client may shake hands before it sends the transfer command; the library would
@@ -149,6 +156,9 @@ class TransferChannel(TLS_DTPHandler, _Records):
         return self._ssl_accepting or self._ssl_want_read or self.receive or self._ssl_closing
 
     def handle_ssl_established(self) -> None:
+        with contextlib.suppress(OSError):
+            # A client that gathers small records waits with its farewell for our acknowledgement.
+            self.socket.setsockopt(socket.IPPROTO_TCP, socket.TCP_QUICKACK, 1)
         if not self._initialized:
             # Bytes of an eager client wait in the socket until the command says what they are.
             self._wanted_io_events = 0

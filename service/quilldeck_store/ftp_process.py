@@ -120,8 +120,7 @@ def _listen(pipe: Connection) -> None:
                     Services.counts[name] = 0
         elif kind == "stats":
             with Services.lock:
-                answer = {name: Services.counts[name] for name in
-                          ("ftp_sessions", "ftp_logins", "ftp_data_connections")}
+                answer = {name: Services.counts[name] for name in (
+                    "ftp_sessions", "ftp_logins", "ftp_data_connections", "active_transfers")}
             answer["active_uploads"] = Services.writers.count
-            answer["active_transfers"] = Services.counts["active_transfers"]
         pipe.send(answer)

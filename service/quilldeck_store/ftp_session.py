@@ -176,9 +176,11 @@ class Session(TLS_FTPHandler):
         self._ssl_established = False
         self.close()
 
-    def _on_dtp_connection(self) -> None:
-        Services.count("ftp_data_connections")
-        super()._on_dtp_connection()
+    def count_channel(self, by: int) -> None:
+        """Tells of a data connection that opens or has closed."""
+        Services.count("active_transfers", by)
+        if by > 0:
+            Services.count("ftp_data_connections")
 
 
 def make_context(certificate: str, tls_max: str) -> SSL.Context:

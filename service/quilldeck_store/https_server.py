@@ -38,6 +38,10 @@ def _email(store: Store, form: Form) -> bytes:
     return document(run(store, form, "share_folder"))
 
 
+def _no_endpoint(store: Store, form: Form) -> bytes:
+    raise Failure("Unknown request", "The store has no such service.")
+
+
 class HttpsService:
     """Answers requests; bodies of actions run on a few threads of their own."""
 
@@ -56,9 +60,10 @@ class HttpsService:
                      f"{PREFIX}/qd_thumbnail.php": thumbnails.answer}
         for path, body in endpoints.items():
             self.app.router.add_post(path, functools.partial(self._post, body))
-        links.add_routes(self.app, store, self._threads)
         if control:
             control.add_routes(self.app, self)
+        self.app.router.add_post("/{path:.*}", functools.partial(self._post, _no_endpoint))
+        links.add_routes(self.app, store, self._threads)
 
     def reset(self) -> None:
         """Begins the counts anew; connections that stay open count again when used."""
@@ -79,7 +84,10 @@ class HttpsService:
         return number
 
     async def _post(self, body: object, request: web.Request) -> web.StreamResponse:
-        raw = await request.read()
+        try:
+            raw = await request.read()
+        except web.HTTPRequestEntityTooLarge:
+            return _reply(failure_document(Failure("Wrong request", "The request is too long.")))
         form = Form(raw)
         self._log.add(self._connection_number(request), request.path, raw)
         fault = self._faults.take(HTTP_KINDS, path=request.path, action=form.get("action"))

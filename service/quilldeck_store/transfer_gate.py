@@ -39,6 +39,7 @@ class TransferGate:
     def writable(self, who: Principal, location: str) -> tuple[Path, int] | None:
         """The file of the account's own open upload, and its greatest size (below 0: any)."""
         row = self._database.connection().execute(
-            "SELECT max_bytes FROM uploads WHERE location = ? AND account_id = ?",
+            "SELECT max_bytes FROM uploads WHERE location = ? AND account_id = ? "
+            "AND closed_size IS NULL",
             (location, who.account_id)).fetchone()
         return (self._contents.file(location), row["max_bytes"]) if row else None

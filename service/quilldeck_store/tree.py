@@ -40,6 +40,8 @@ def create(db: sqlite3.Connection, owner_id: int, parent_id: int, kind: int, nam
 def rename(db: sqlite3.Connection, item: sqlite3.Row, name: str) -> None:
     """Gives the item a new name in its folder."""
     names.check(name)
+    if item["home"]:
+        raise Failure("Rename failed", "The home folder cannot be renamed.")
     if item["trashed"]:
         raise Failure("Rename failed", "An item in the Trash cannot be renamed. Please restore it first.")
     require_free_name(db, item["owner_id"], item["parent_id"], name, item["id"])
@@ -88,15 +90,14 @@ def remove(db: sqlite3.Connection, item: sqlite3.Row) -> None:
 
 def require_space(db: sqlite3.Connection, owner_id: int, more: int) -> None:
     """Refuses `more` bytes that the owner's quota does not hold."""
-    quota = db.execute("SELECT quota FROM users WHERE id = ?", (owner_id,)).fetchone()[0]
-    if quota and more > 0 and used_space(db, owner_id) + more > quota:
+    if 0 <= free_space(db, owner_id) < more:
         raise Failure("Not enough space", "There is not enough free space in the store for this file.")
 
 
-def used_space(db: sqlite3.Connection, owner_id: int) -> int:
-    """Bytes of all files of the account, the Trash included."""
-    return db.execute("SELECT coalesce(sum(size), 0) FROM items WHERE owner_id = ?",
-                      (owner_id,)).fetchone()[0]
+def free_space(db: sqlite3.Connection, owner_id: int) -> int:
+    """Bytes that the account may still fill, or -1 where it has no limit."""
+    quota, used = db.execute("SELECT quota, used FROM users WHERE id = ?", (owner_id,)).fetchone()
+    return max(quota - used, 0) if quota else -1
 
 
 def copy_file(db: sqlite3.Connection, item: sqlite3.Row, owner_id: int, parent_id: int) -> None:

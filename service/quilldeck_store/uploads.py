@@ -2,12 +2,15 @@
 from __future__ import annotations
 
 import sqlite3
+import threading
 
 from . import tree
 from .accounts import Principal
 from .contents import new_location
 from .store import Store, now
 from .wire import Failure
+
+_commit_locks = [threading.Lock() for _ in range(16)]
 
 
 def begin(store: Store, db: sqlite3.Connection, who: Principal, item: sqlite3.Row,
@@ -16,11 +19,11 @@ def begin(store: Store, db: sqlite3.Connection, who: Principal, item: sqlite3.Ro
     if item["trashed"]:
         raise Failure("Open failed", f"'{item['name']}' is in the Trash.")
     tree.require_space(db, item["owner_id"], announced - item["size"])
-    quota = db.execute("SELECT quota FROM users WHERE id = ?", (item["owner_id"],)).fetchone()[0]
-    free = quota - tree.used_space(db, item["owner_id"]) + item["size"] if quota else -1
+    free = tree.free_space(db, item["owner_id"])
+    limit = free + item["size"] if free >= 0 else -1
     location = store.contents.start_upload()
-    db.execute("INSERT INTO uploads VALUES (?,?,?,?,?,?)",
-               (location, item["id"], who.account_id, announced, free, now()))
+    db.execute("INSERT INTO uploads VALUES (?,?,?,?,?,NULL)",
+               (location, item["id"], who.account_id, limit, now()))
     return location
 
 
@@ -30,12 +33,21 @@ def commit(store: Store, who: Principal, file_id: int, location: str, size: int,
 
     The bytes are on disk under the content's name before the metadata points to them; a
     crash between the two leaves a file that nobody refers to, which the next start deletes.
+    A client that lost the answer asks again, and is told once more that all is well.
     """
+    with _commit_locks[hash(location) % len(_commit_locks)]:
+        _commit(store, who, file_id, location, size, modified)
+
+
+def _commit(store: Store, who: Principal, file_id: int, location: str, size: int,
+            modified: int) -> None:
     upload = store.db.connection().execute(
         "SELECT * FROM uploads WHERE location = ? AND item_id = ? AND account_id = ?",
         (location, file_id, who.account_id)).fetchone()
     if upload is None:
         raise Failure("Upload failed", "This upload does not belong to the file, or it is closed already.")
+    if upload["closed_size"] == size:
+        return
     store.end_writers(location)
     file = store.contents.file(location)
     try:
@@ -59,9 +71,9 @@ def commit(store: Store, who: Principal, file_id: int, location: str, size: int,
 def _publish(store: Store, db: sqlite3.Connection, upload: sqlite3.Row, content: str, size: int,
              modified: int) -> None:
     item = db.execute("SELECT * FROM items WHERE id = ?", (upload["item_id"],)).fetchone()
-    gone = db.execute("DELETE FROM uploads WHERE location = ?", (upload["location"],)).rowcount == 0
-    if item is None or gone:
-        raise Failure("Upload failed", "The file was deleted, or its upload closed, in the meantime.")
+    if item is None:
+        raise Failure("Upload failed", "The file was deleted in the meantime.")
+    db.execute("UPDATE uploads SET closed_size = ? WHERE location = ?", (size, upload["location"]))
     tree.require_space(db, item["owner_id"], size - item["size"])
     number = db.execute("INSERT INTO contents(location, size, created) VALUES (?,?,?)",
                         (content, size, now())).lastrowid

@@ -24,10 +24,12 @@ def get_user_notifications(request: Request) -> str:
 @action("get_storage_info", mode=Mode.READ)
 def get_storage_info(request: Request) -> str:
     """Capacity 0 means no limit; what is free is then what the disk has."""
-    used = tree.used_space(request.db, request.who.user_id)
-    quota = request.who.quota
-    disk = os.statvfs(request.store.data)
-    free = max(quota - used, 0) if quota else disk.f_bavail * disk.f_frsize
+    quota, used = request.db.execute("SELECT quota, used FROM users WHERE id = ?",
+                                     (request.who.user_id,)).fetchone()
+    free = tree.free_space(request.db, request.who.user_id)
+    if free < 0:
+        disk = os.statvfs(request.store.data)
+        free = disk.f_bavail * disk.f_frsize
     return elements(Capacity=quota, SpaceUsed=used, SpaceFree=free)
 
 
