@@ -1,0 +1,124 @@
+/// bench_transfer NAME [MEGABYTES [REPEATS]]: one large file and 200 small ones, up and down,
+/// through the contracts and by a bare loop on the same libcurl. NAME is that of the server in the
+/// report.
+
+#include "bench_folder.h"
+#include "measure.h"
+#include "service_url.h"
+
+#include "vfs/exceptions.h"
+#include "vfs_quilldeck/pc_id.h"
+
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int small_files = 200;
+constexpr std::int64_t small_size = 4096;
+
+std::string speed(std::int64_t bytes, const std::vector<double>& seconds) {
+    const double megabytes = static_cast<double>(bytes) / (1024.0 * 1024.0);
+    return bench::fixed(megabytes / bench::median(seconds), 1) + " MB/s";
+}
+
+/// A speed is at least 0.95 of the peer's.
+void report_speed(const std::string& what, std::int64_t bytes, const bench::paired_times& times) {
+    const double ratio = 1 / times.ratio();
+    bench::report(what, speed(bytes, times.ours), speed(bytes, times.peer), ratio, "at least 0.95",
+                  ratio >= 0.95);
+}
+
+/// A time is at most 1.1 of the peer's.
+void report_time(const std::string& what, const bench::paired_times& times) {
+    const auto each = [](const std::vector<double>& seconds) {
+        return bench::fixed(bench::median(seconds) * 1000 / small_files, 2) + " ms/file";
+    };
+    const double ratio = times.ratio();
+    bench::report(what, each(times.ours), each(times.peer), ratio, "at most 1.1", ratio <= 1.1);
+}
+
+void measure_large(bench::bench_folder& folder, const std::string& server, std::int64_t bytes,
+                   int repeats) {
+    int number = 0;
+    const auto next = [&number](const wchar_t* name) {
+        return name + std::to_wstring(++number);
+    };
+    report_speed(server + ": large file up", bytes,
+                 bench::measure_in_turns(
+                     repeats, [&] { folder.upload(next(L"large "), bytes); },
+                     [&] { folder.upload_bare(next(L"bare "), bytes); }));
+    const auto entry = folder.find(L"large 1");
+    report_speed(server + ": large file down", bytes,
+                 bench::measure_in_turns(
+                     repeats, [&] { folder.download(entry.item); },
+                     [&] { folder.download_bare(entry.id, entry.location); }));
+    folder.clear();
+}
+
+void measure_small(bench::bench_folder& folder, const std::string& server, int repeats) {
+    int number = 0;
+    const auto for_each_file = [](const auto& work) {
+        for (int i = 0; i < small_files; ++i) {
+            work(i);
+        }
+    };
+    report_time(server + ": 200 files of 4 KiB up",
+                bench::measure_in_turns(
+                    repeats,
+                    [&] {
+                        for_each_file([&](int) {
+                            folder.upload(L"s" + std::to_wstring(++number), small_size);
+                        });
+                    },
+                    [&] {
+                        for_each_file([&](int) {
+                            folder.upload_bare(L"s" + std::to_wstring(++number), small_size);
+                        });
+                    }));
+    std::vector<bench::bench_folder::entry> entries;
+    for_each_file([&](int i) { entries.push_back(folder.find(L"s" + std::to_wstring(i + 1))); });
+    report_time(server + ": 200 files of 4 KiB down",
+                bench::measure_in_turns(
+                    repeats,
+                    [&] {
+                        for (const auto& entry : entries)
+                            folder.download(entry.item);
+                    },
+                    [&] {
+                        for (const auto& entry : entries) {
+                            folder.download_bare(entry.id, entry.location);
+                        }
+                    }));
+}
+
+void measure_server(const std::string& server, std::int64_t megabytes, int repeats) {
+    const vfs_quilldeck::client client(L"demo", L"demo");
+    bench::bench_folder folder(client);
+    measure_small(folder, server, repeats);
+    if (megabytes > 0) {
+        measure_large(folder, server, megabytes << 20U, repeats);
+    }
+}
+
+} // namespace
+
+int wmain(int count, wchar_t** values) {
+    const std::vector<std::wstring> arguments(values + 1, values + count);
+    const std::int64_t megabytes = arguments.empty() ? 256 : std::stoll(arguments[0]);
+    const int repeats = arguments.size() > 1 ? std::stoi(arguments[1]) : 5;
+    try {
+        vfs_quilldeck::ensure_pc_id();
+        measure_server("own server", megabytes, repeats);
+        support::set_service_url(support::environment("QUILLDECK_TEST_VSFTPD_HTTPS_URL"));
+        measure_server("vsftpd", megabytes, repeats);
+        return 0;
+    } catch (const vfs::exception& failure) {
+        std::wprintf(L"%ls: %ls\n", failure.get_name().c_str(), failure.get_description().c_str());
+    } catch (const std::exception& failure) {
+        std::printf("%s\n", failure.what());
+    }
+    return 1;
+}

@@ -1,0 +1,56 @@
+#include "measure.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iomanip>
+#include <sstream>
+
+namespace bench {
+
+double seconds_of(const std::function<void()>& work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+double median(std::vector<double> values) {
+    std::ranges::sort(values);
+    const std::size_t middle = values.size() / 2;
+    return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+}
+
+double paired_times::ratio() const {
+    std::vector<double> quotients;
+    for (std::size_t i = 0; i < ours.size(); ++i) {
+        quotients.push_back(ours[i] / peer[i]);
+    }
+    return median(quotients);
+}
+
+paired_times measure_in_turns(int repeats, const std::function<void()>& ours,
+                              const std::function<void()>& peer) {
+    paired_times times;
+    // Connections, caches and buffers of both are there before anything is measured.
+    ours();
+    peer();
+    for (int i = 0; i < repeats; ++i) {
+        times.ours.push_back(seconds_of(ours));
+        times.peer.push_back(seconds_of(peer));
+    }
+    return times;
+}
+
+void report(const std::string& what, const std::string& ours, const std::string& peer, double ratio,
+            const std::string& bound, bool kept) {
+    std::printf("%-44s %14s   peer %14s   ratio %s (%s) %s\n", what.c_str(), ours.c_str(),
+                peer.c_str(), fixed(ratio, 3).c_str(), bound.c_str(), kept ? "kept" : "MISSED");
+    std::fflush(stdout);
+}
+
+std::string fixed(double value, int digits) {
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(digits) << value;
+    return text.str();
+}
+
+} // namespace bench
