@@ -5,7 +5,8 @@ import argparse
 from pathlib import Path
 
 
-def _size(text: str) -> int:
+def size(text: str) -> int:
+    """A count of bytes, with K, M, G or T for powers of 1024."""
     units = {"k": 1 << 10, "m": 1 << 20, "g": 1 << 30, "t": 1 << 40}
     unit = units.get(text[-1:].lower())
     return int(float(text[:-1]) * unit) if unit else int(text)
@@ -34,11 +35,11 @@ def parse(arguments: list[str] | None = None) -> argparse.Namespace:
     add("--passive-ports", type=_ports, metavar="LOW-HIGH",
         help="ports for FTP data connections (default: any free one)")
     add("--tls-max", choices=("1.2", "1.3"), default="1.3", help="highest TLS version to offer")
-    add("--quota", type=_size, default=10 << 30, metavar="BYTES",
+    add("--quota", type=size, default=10 << 30, metavar="BYTES",
         help="space of a new account, 0 for no limit (default: 10G)")
-    add("--upload-limit", type=_size, default=0, metavar="BYTES",
+    add("--upload-limit", type=size, default=0, metavar="BYTES",
         help="speed limit a second that clients are told (default: none)")
-    add("--download-limit", type=_size, default=0, metavar="BYTES", help="the same for downloads")
+    add("--download-limit", type=size, default=0, metavar="BYTES", help="the same for downloads")
     add("--no-sign-up", action="store_true", help="refuse new accounts made from the client")
     add("--demo", action="store_true", help="make the demo accounts and their files if not there")
     group = parser.add_argument_group("bytes served by another FTPS server, whose root is DIR/transfer")
