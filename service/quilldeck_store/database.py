@@ -84,6 +84,13 @@ CREATE TABLE superseded (
     content_id INTEGER NOT NULL REFERENCES contents(id), item_id INTEGER NOT NULL,
     at INTEGER NOT NULL);
 CREATE INDEX superseded_content ON superseded(content_id);
+-- A content that a file had stays for a while: a reader may be about to open it, and a
+-- backup copies the metadata before the contents.
+CREATE TRIGGER content_replaced AFTER UPDATE OF content_id ON items
+    WHEN old.content_id IS NOT NULL AND old.content_id IS NOT new.content_id BEGIN
+    INSERT INTO superseded VALUES (old.content_id, old.id, strftime('%s', 'now')); END;
+CREATE TRIGGER content_dropped AFTER DELETE ON items WHEN old.content_id IS NOT NULL BEGIN
+    INSERT INTO superseded VALUES (old.content_id, old.id, strftime('%s', 'now')); END;
 
 CREATE TABLE shares (
     id INTEGER PRIMARY KEY AUTOINCREMENT,

@@ -77,8 +77,6 @@ def _publish(store: Store, db: sqlite3.Connection, upload: sqlite3.Row, content:
     tree.require_space(db, item["owner_id"], size - item["size"])
     number = db.execute("INSERT INTO contents(location, size, created) VALUES (?,?,?)",
                         (content, size, now())).lastrowid
-    if item["content_id"]:
-        db.execute("INSERT INTO superseded VALUES (?,?,?)", (item["content_id"], item["id"], now()))
     db.execute("UPDATE items SET content_id = ?, size = ?, modified = ? WHERE id = ?",
                (number, size, modified, item["id"]))
 
