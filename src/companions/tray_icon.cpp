@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
+#include <utility>
 
 namespace companions {
 
@@ -14,13 +16,18 @@ tray_icon::tray_icon(HWND window, UINT message, HICON icon) {
     data_.uVersion = NOTIFYICON_VERSION_4;
 }
 
-tray_icon::~tray_icon() {
-    Shell_NotifyIconW(NIM_DELETE, &data_);
+void tray_icon::show() noexcept {
+    // A taskbar that announces itself anew, as after a change of resolution, can still have the
+    // icon and refuse a second one.
+    shown_ = Shell_NotifyIconW(NIM_ADD, &data_) || Shell_NotifyIconW(NIM_MODIFY, &data_);
+    if (shown_) {
+        Shell_NotifyIconW(NIM_SETVERSION, &data_);
+    }
 }
 
-void tray_icon::show() noexcept {
-    if (Shell_NotifyIconW(NIM_ADD, &data_)) {
-        Shell_NotifyIconW(NIM_SETVERSION, &data_);
+void tray_icon::hide() noexcept {
+    if (std::exchange(shown_, false)) {
+        Shell_NotifyIconW(NIM_DELETE, &data_);
     }
 }
 
@@ -34,7 +41,9 @@ void tray_icon::set_tip(const std::wstring& tip) noexcept {
         return;
     }
     std::fill(text.copy(data_.szTip, length) + data_.szTip, std::end(data_.szTip), L'\0');
-    Shell_NotifyIconW(NIM_MODIFY, &data_);
+    if (shown_) {
+        Shell_NotifyIconW(NIM_MODIFY, &data_);
+    }
 }
 
 } // namespace companions

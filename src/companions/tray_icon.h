@@ -17,14 +17,19 @@ public:
     tray_icon(HWND window, UINT message, HICON icon);
     tray_icon(const tray_icon&) = delete;
     tray_icon& operator=(const tray_icon&) = delete;
-    ~tray_icon();
+
+    ~tray_icon() { hide(); }
 
     void show() noexcept;
+    /// Has to be called before the window goes: the icon of a window that is gone stays until the
+    /// user moves over it.
+    void hide() noexcept;
     /// Longer texts than the platform takes, 127 characters, are cut.
     void set_tip(const std::wstring& tip) noexcept;
 
 private:
     NOTIFYICONDATAW data_{};
+    bool shown_ = false;
 };
 
 } // namespace companions

@@ -15,8 +15,6 @@ namespace companions {
 
 namespace {
 
-constexpr UINT icon_message = WM_APP;
-
 struct menu_traits {
     using pointer = HMENU;
 
@@ -60,15 +58,15 @@ std::wstring tip_of(const vfs::user_info& user) {
 tray_window::tray_window()
     : companion_window(tray_window_class),
       taskbar_created_(RegisterWindowMessageW(L"TaskbarCreated")),
-      icon_(std::in_place, handle(), icon_message, load_icon()) {
-    icon_->set_tip(tip_of(user_));
+      icon_(handle(), icon_message, load_icon()) {
+    icon_.set_tip(tip_of(user_));
     refresh();
-    icon_->show();
+    icon_.show();
 }
 
 LRESULT tray_window::on_message(UINT message, WPARAM wparam, LPARAM lparam) {
     if (message == taskbar_created_) {
-        icon_->show();
+        icon_.show();
         return 0;
     }
     switch (message) {
@@ -84,9 +82,7 @@ LRESULT tray_window::on_message(UINT message, WPARAM wparam, LPARAM lparam) {
         on_command(LOWORD(wparam));
         return 0;
     case WM_DESTROY:
-        // While the window is still there: the icon of a window that is gone stays until the user
-        // moves over it.
-        icon_.reset();
+        icon_.hide();
         return companion_window::on_message(message, wparam, lparam);
     default:
         return companion_window::on_message(message, wparam, lparam);
@@ -129,7 +125,7 @@ void tray_window::on_command(UINT command) {
 void tray_window::refresh() {
     if (const auto user = read_identity()) {
         user_ = *user;
-        icon_->set_tip(tip_of(user_));
+        icon_.set_tip(tip_of(user_));
     }
 }
 

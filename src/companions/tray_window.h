@@ -4,8 +4,6 @@
 #include "companions/tray_icon.h"
 #include "vfs/records.h"
 
-#include <optional>
-
 namespace companions {
 
 /// The tray's window: its icon, its menu, and what the menu's commands do. Commands come as
@@ -13,6 +11,9 @@ namespace companions {
 /// in.
 class tray_window : public companion_window {
 public:
+    /// By which the icon reports.
+    static constexpr UINT icon_message = WM_APP;
+
     /// Throws `system_error_exception`.
     tray_window();
 
@@ -30,7 +31,7 @@ private:
 
     UINT taskbar_created_;
     vfs::user_info user_;
-    std::optional<tray_icon> icon_;
+    tray_icon icon_;
 };
 
 } // namespace companions

@@ -1,0 +1,176 @@
+#include "companions/companion_program.h"
+#include "companions/identity.h"
+#include "running_program.h"
+#include "vfs_quilldeck/companion_process.h"
+#include "vfs_quilldeck/identity_block.h"
+#include "vfs_quilldeck/program_version.h"
+#include "vfs_quilldeck/session_objects.h"
+#include "vfs_quilldeck/shared_user_info.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace companions_test {
+
+namespace {
+
+using namespace vfs_quilldeck;
+using utils::unique_handle;
+
+constexpr auto held_event_name = L"Local\\companions_test_held";
+const vfs::user_info anna{L"4711", L"access-17", L"Änna \U0001F58B", L"en", L"2"};
+
+unique_handle open_mutex(const wchar_t* name) {
+    return unique_handle(OpenMutexW(SYNCHRONIZE | MUTEX_MODIFY_STATE, FALSE, name));
+}
+
+unique_handle open_mapping(const wchar_t* name) {
+    return unique_handle(OpenFileMappingW(FILE_MAP_ALL_ACCESS, FALSE, name));
+}
+
+bool session_runs() {
+    return ensure_session(nullptr, false);
+}
+
+bool nobody_is_signed_in() {
+    return read_shared_user_info(nullptr) == vfs::user_info{};
+}
+
+/// Whether `size` bytes of the mapping can be mapped, and all are zero.
+bool is_zero(const unique_handle& mapping, std::size_t size) {
+    const utils::unique_view view(MapViewOfFile(mapping.get(), FILE_MAP_ALL_ACCESS, 0, 0, size));
+    const auto* const bytes = static_cast<const char*>(view.get());
+    return bytes && std::count(bytes, bytes + size, 0) == static_cast<std::ptrdiff_t>(size);
+}
+
+/// A running session process, and nothing left of one before.
+class session : public testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(eventually([] {
+            return !open_mutex(identity_mutex_name) && !open_mutex(transfer_mutex_name) &&
+                   !open_mapping(identity_mapping_name) && !open_mapping(save_as_mapping_name);
+        }));
+        ASSERT_FALSE(session_runs());
+        process_.emplace(beside_us(session_program));
+        // No pause: whoever sees the event opens the rest at once.
+        for (const ULONGLONG end = GetTickCount64() + 20'000; !session_runs();) {
+            ASSERT_LT(GetTickCount64(), end);
+        }
+    }
+
+    HWND window() const { return process_->window(companions::session_window_class); }
+
+    std::optional<running_program> process_;
+};
+
+TEST_F(session, owns_the_shared_objects_once_while_it_runs) {
+    EXPECT_TRUE(is_zero(open_mapping(identity_mapping_name), identity_view_size));
+    EXPECT_TRUE(is_zero(open_mapping(save_as_mapping_name), save_as_view_size));
+    EXPECT_FALSE(is_zero(open_mapping(save_as_mapping_name), save_as_view_size + 1));
+    EXPECT_TRUE(open_mutex(transfer_mutex_name));
+    EXPECT_TRUE(unique_handle(OpenEventW(EVENT_MODIFY_STATE, FALSE, login_dialog_event_name)));
+    write_shared_user_info(nullptr, anna);
+    EXPECT_EQ(running_program(beside_us(session_program)).wait(), 2u);
+    EXPECT_EQ(read_shared_user_info(nullptr), anna);
+
+    EXPECT_EQ(ask_to_exit(session_program), 0u);
+    EXPECT_FALSE(session_runs());
+    EXPECT_EQ(process_->wait(), 0u);
+}
+
+TEST_F(session, signs_off_when_it_gets_the_mutex_and_hears_messages_until_then) {
+    write_shared_user_info(nullptr, anna);
+    const unique_handle mapping = open_mapping(identity_mapping_name);
+    const utils::unique_view view(
+        MapViewOfFile(mapping.get(), FILE_MAP_ALL_ACCESS, 0, 0, identity_view_size));
+    const unique_handle held(CreateEventW(nullptr, FALSE, FALSE, held_event_name));
+    const running_program holder(beside_us(L"companions_test.exe"),
+                                 L"companions_test --hold-identity-mutex");
+    ASSERT_EQ(WaitForSingleObject(held.get(), 20'000), WAIT_OBJECT_0);
+    EXPECT_EQ(companions::read_identity(), std::nullopt);
+    companions::request_sign_off();
+    // Both answers come from its loop, so that it has the request by the second one.
+    for (int i = 0; i < 2; ++i) {
+        DWORD_PTR answer = 0;
+        EXPECT_TRUE(
+            SendMessageTimeoutW(window(), WM_QUERYENDSESSION, 0, 0, SMTO_NORMAL, 10'000, &answer));
+        EXPECT_EQ(answer, DWORD_PTR{TRUE});
+    }
+    EXPECT_EQ(unpack(*static_cast<const shared_user_info*>(view.get())), anna);
+    holder.kill(); // the mutex is abandoned
+    EXPECT_TRUE(eventually(nobody_is_signed_in));
+
+    // One request signs off one user: the next one stays.
+    write_shared_user_info(nullptr, anna);
+    SendMessageW(window(), WM_NULL, 0, 0);
+    EXPECT_EQ(read_shared_user_info(nullptr), anna);
+    companions::request_sign_off();
+    EXPECT_TRUE(eventually(nobody_is_signed_in));
+}
+
+TEST_F(session, ends_with_the_logon_session_even_when_the_mutex_is_stuck) {
+    SendMessageW(window(), WM_ENDSESSION, FALSE, 0);
+    EXPECT_TRUE(session_runs());
+    const unique_handle mutex = open_mutex(identity_mutex_name);
+    ASSERT_EQ(WaitForSingleObject(mutex.get(), 10'000), WAIT_OBJECT_0);
+    companions::request_sign_off();
+    SendMessageW(window(), WM_ENDSESSION, TRUE, 0);
+    EXPECT_EQ(process_->wait(), 0u);
+}
+
+TEST_F(session, starts_with_nobody_signed_in_after_one_that_died) {
+    write_shared_user_info(nullptr, anna);
+    // A reader that keeps the dead one's block.
+    const unique_handle mapping = open_mapping(identity_mapping_name);
+    process_->kill();
+    EXPECT_TRUE(eventually([] { return !session_runs(); }));
+    EXPECT_TRUE(nobody_is_signed_in()); // the question starts the next one
+    EXPECT_EQ(ask_to_exit(session_program), 0u);
+}
+
+TEST_F(session, takes_its_own_path_for_no_argument_and_refuses_others) {
+    EXPECT_EQ(ask_to_exit(session_program), 0u);
+    const auto path = beside_us(L"with a blank.exe");
+    copy_file(beside_us(session_program), path, std::filesystem::copy_options::overwrite_existing);
+    {
+        const running_program unquoted(path, path.wstring());
+        EXPECT_TRUE(eventually(session_runs));
+    }
+    remove(path);
+
+    const running_program wrong(beside_us(session_program), L"session --exti");
+    ASSERT_TRUE(eventually([&] { return wrong.window(L"#32770") != nullptr; }));
+    PostMessageW(wrong.window(L"#32770"), WM_CLOSE, 0, 0);
+    EXPECT_EQ(wrong.wait(), 1u);
+}
+
+TEST(companion_files, carry_the_version_that_the_service_is_told) {
+    for (const auto program : {session_program, tray_program}) {
+        char data[4096];
+        ASSERT_TRUE(GetFileVersionInfoW(beside_us(program).c_str(), 0, sizeof(data), data));
+        void* value = nullptr;
+        UINT length = 0;
+        ASSERT_TRUE(
+            VerQueryValueW(data, L"\\StringFileInfo\\040904B0\\FileVersion", &value, &length));
+        EXPECT_STREQ(static_cast<const wchar_t*>(value), program_version);
+    }
+}
+
+} // namespace
+
+} // namespace companions_test
+
+/// The second process of a test waits for the block's mutex and keeps it until it is killed.
+int main(int argc, char** argv) {
+    if (argc == 2 && std::strcmp(argv[1], "--hold-identity-mutex") == 0) {
+        const auto mutex = companions_test::open_mutex(vfs_quilldeck::identity_mutex_name);
+        WaitForSingleObject(mutex.get(), INFINITE);
+        SetEvent(OpenEventW(EVENT_MODIFY_STATE, FALSE, companions_test::held_event_name));
+        Sleep(INFINITE);
+    }
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
