@@ -12,7 +12,8 @@ set -euo pipefail
 missing_packages() {
     local wanted
     mapfile -t wanted < <(sed '/^#/d; /^$/d' "$ROOT/tools/build/packages.txt")
-    dpkg-query -W -f '${db:Status-Status} ${Package}\n' "${wanted[@]}" 2>/dev/null |
+    # dpkg-query fails when it does not know a package: that is what we want to hear about.
+    { dpkg-query -W -f '${db:Status-Status} ${Package}\n' "${wanted[@]}" 2>/dev/null || true; } |
         sed -n 's/^installed //p' | sort >"$1"
     printf '%s\n' "${wanted[@]}" | sort | comm -23 - "$1"
 }
