@@ -1,0 +1,164 @@
+/// An upload over a line that breaks, as far as the retained bytes are concerned: the log under
+/// test, beside a caller and a server that are plain byte strings.
+#pragma once
+
+#include "vfs_quilldeck/upload_log.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+namespace vfs_quilldeck {
+
+/// `choose(bound)` decides each step by a number below `bound`; what the log does wrong is thrown
+/// as `std::logic_error`.
+template <class Choose>
+class upload_simulation {
+public:
+    explicit upload_simulation(Choose choose) : choose_(choose) {}
+
+    /// One write, after a restart if the line is broken.
+    void step() {
+        if (broken_ && !restart()) {
+            return;
+        }
+        write(next_data());
+        require(log_.accepted() == position(written_), "accepted is what the caller has written");
+    }
+
+    /// Ends the upload: what the server has is what the caller wrote.
+    void finish() {
+        while (broken_ || server_.size() > written_.size()) {
+            if (broken_) {
+                restart();
+            } else {
+                // The data of a write that failed: it is the caller's to write them again.
+                write(server_.substr(written_.size()));
+            }
+        }
+        require(server_ == written_, "the server holds what was written");
+    }
+
+private:
+    static constexpr std::int64_t limit = upload_log::history_limit;
+    static constexpr std::int64_t chunk = 64 * 1024;
+
+    static void require(bool holds, const char* what) {
+        if (!holds) {
+            throw std::logic_error(what);
+        }
+    }
+
+    static std::int64_t position(const std::string& text) {
+        return static_cast<std::int64_t>(text.size());
+    }
+
+    static upload_log::bytes view(const std::string& text, std::size_t from = 0) {
+        return upload_log::bytes(reinterpret_cast<const unsigned char*>(text.data()), text.size())
+            .subspan(from);
+    }
+
+    /// Mostly what a failed write left over, as a caller repeats it; sometimes other data.
+    std::string next_data() {
+        if (!failed_.empty() && choose_(8) != 0) {
+            return failed_;
+        }
+        static constexpr std::uint32_t sizes[] = {0, 1, 3, 16'384, 65'536, 70'000, 1'000'000};
+        std::string data(choose_(sizes[choose_(std::size(sizes))] + 1), '\0');
+        std::uint32_t value = choose_(1U << 16U);
+        for (char& byte : data) {
+            value = value * 1'664'525U + 1'013'904'223U;
+            byte = static_cast<char>(value >> 24U);
+        }
+        return data;
+    }
+
+    void write(const std::string& data) {
+        failed_ = data;
+        const std::string ahead = server_.substr(std::min(written_.size(), server_.size()));
+        const std::size_t common = std::min(ahead.size(), data.size());
+        const auto held = log_.offer(view(data));
+        if (ahead.compare(0, common, data, 0, common) != 0) {
+            require(!held, "other bytes than those that the server holds are refused");
+            start_over();
+            return;
+        }
+        require(held == common, "what the server holds is not sent again");
+        const bool breaks = choose_(6) == 0;
+        const std::size_t placed =
+            breaks ? common + choose_(static_cast<std::uint32_t>(data.size() - common) + 1)
+                   : data.size();
+        server_.append(data, common, placed - common);
+        if (breaks) {
+            break_line();
+            return;
+        }
+        written_ += data;
+        failed_.clear();
+        log_.accept(data.size());
+        // libcurl has taken all of it, or still waits for more.
+        if (choose_(3) != 0) {
+            log_.confirm(log_.accepted());
+            confirmed_ = std::max(confirmed_, log_.accepted());
+        }
+        forgotten_ = std::max(forgotten_, std::min(confirmed_, position(written_)) - limit);
+        require(log_.confirmed() == confirmed_, "confirmed only moves on");
+    }
+
+    /// Any number of the last bytes were still on their way.
+    void break_line() {
+        broken_ = true;
+        static constexpr std::uint32_t losses[] = {0, 1, 65'536, 1'000'000, 40'000'000};
+        const std::uint32_t lost = choose_(losses[choose_(std::size(losses))] + 1);
+        server_.resize(server_.size() - std::min<std::size_t>(server_.size(), lost));
+    }
+
+    bool restart() {
+        const std::int64_t held = position(server_);
+        if (!log_.resume_at(held)) {
+            require(held < forgotten_, "what is retained can be continued");
+            require(log_.confirmed() == confirmed_, "a refusal changes nothing");
+            start_over();
+            return false;
+        }
+        require(held > forgotten_ - chunk, "what was let go cannot be continued");
+        confirmed_ = held;
+        broken_ = false;
+        while (server_.size() < written_.size()) {
+            const auto piece = log_.replay_from(position(server_));
+            require(!piece.empty() && piece.size() <= written_.size() - server_.size(),
+                    "a replay ends where the caller is");
+            server_.append(piece.begin(), piece.end());
+            if (choose_(16) == 0) {
+                break_line();
+                return false;
+            }
+        }
+        require(log_.replay_from(position(written_)).empty(), "a replay ends");
+        return true;
+    }
+
+    void start_over() {
+        log_.clear();
+        server_.clear();
+        written_.clear();
+        failed_.clear();
+        confirmed_ = 0;
+        forgotten_ = -chunk;
+        broken_ = false;
+    }
+
+    Choose choose_;
+    upload_log log_;
+    std::string written_; ///< what the caller was told is written
+    std::string failed_;  ///< the data of the last write, if that failed
+    std::string server_;
+    std::int64_t confirmed_ = 0;
+    /// What lies below may be gone, what lies a chunk below it is.
+    std::int64_t forgotten_ = -chunk;
+    bool broken_ = false;
+};
+
+} // namespace vfs_quilldeck
