@@ -2,12 +2,13 @@
 from __future__ import annotations
 
 import contextlib
+import errno
 import os
 import socket
 import time
 from typing import BinaryIO
 
-from pyftpdlib.handlers import DTPHandler, TLS_DTPHandler, _FileReadWriteError
+from pyftpdlib.handlers import DTPHandler, TLS_DTPHandler
 from pyftpdlib.ioloop import RetryError
 from pyftpdlib.log import logger
 
@@ -57,7 +58,9 @@ class _Records(DTPHandler):
             try:
                 self._store(data)
             except OSError as error:
-                raise _FileReadWriteError(error) from error
+                code = 552 if error.errno in (errno.EDQUOT, errno.ENOSPC) else 426
+                self._break_line(f"{code} {error.strerror}")
+                return
             if self.cut:
                 return
 
@@ -110,24 +113,21 @@ class _Records(DTPHandler):
         if fault.lose and self.receive:
             self.file_obj.lose(fault.lose)
         self.cut = True
-        self._break_line()
+        self._break_line("426 Connection broken")
         if fault.kind == "cut_control":
             self.cmd_channel.hang_up()
         return True
 
-    def _break_line(self) -> None:
-        """Closes the connection without the farewell of TLS."""
-        self._resp = ("426 Connection broken; %d bytes moved." % self.get_transmitted_bytes(),
-                      logger.info)
+    def _break_line(self, reply: str) -> None:
+        """Closes the connection without the farewell of TLS, and says so on the other one."""
+        self._resp = (f"{reply}; {self.get_transmitted_bytes()} bytes moved.", logger.info)
         self._ssl_established = False
         self.close()
 
     def handle_close(self) -> None:
         ended = self.receive and getattr(self.file_obj, "ended", False)
         if ended and not self._closed:
-            self._resp = ("426 Another transfer to this location has begun.", logger.info)
-            self._ssl_established = False
-            self.close()
+            self._break_line("426 Another transfer to this location has begun")
             return
         super().handle_close()
 
@@ -163,6 +163,11 @@ class TransferChannel(TLS_DTPHandler, _Records):
             # Bytes of an eager client wait in the socket until the command says what they are.
             self._wanted_io_events = 0
             self.modify_ioloop_events(0)
+
+    def handle_error(self) -> None:
+        # The library's own closes without a reply, and the client would wait for one.
+        self.log_exception(self)
+        self._break_line("426 Internal error")
 
     def enable_receiving(self, type: str, cmd: str) -> None:
         super().enable_receiving(type, cmd)

@@ -5,8 +5,8 @@ import base64
 import ftplib
 import hashlib
 import http.client
+import io
 import json
-import re
 import shutil
 import signal
 import socket
@@ -47,13 +47,13 @@ def decode(data: bytes) -> str:
     units, i = [], 0
     while i < len(data):
         b = data[i]
-        size = 1 if b < 0x80 else 2 if 0xC0 <= b < 0xE0 else 3 if 0xE0 <= b < 0xF0 else 4
-        if not (0x80 <= b < 0xC0):
+        size = next(n for n, end in ((1, 0x80), (0, 0xC0), (2, 0xE0), (3, 0xF0), (4, 0x100)) if b < end)
+        if size:
             c = b if size == 1 else b & (0xFF >> (size + 1))
             for follow in data[i + 1:i + size]:
                 c = c << 6 | follow & 0x3F
             units.append(c & 0xFFFF)
-        i += size if not (0x80 <= b < 0xC0) else 1
+        i += size or 1
     return b"".join(c.to_bytes(2, "little") for c in units).decode("utf-16-le", "surrogatepass")
 
 
@@ -166,7 +166,11 @@ class Client:
         self.common: list[tuple[str, str]] = []
         self.prefix = self.post("/qd_get_path.php", version="1.3.14.1")["Path"]
         if user:
-            self.login(user, password)
+            try:
+                self.login(user, password)
+            except Refused:
+                self.line.close()
+                raise
 
     def login(self, user: str, password: str) -> Node:
         reply = self.ask("login", user=user, **{"pass": password}, version="1.3.14.1",
@@ -232,10 +236,8 @@ class Client:
         return node
 
     def upload(self, location: str, data: bytes, command: str = "STOR") -> None:
-        import io
-        line = self.ftp()
-        line.storbinary(f"{command} {location}", io.BytesIO(data))
-        line.quit()
+        with self.ftp() as line:
+            line.storbinary(f"{command} {location}", io.BytesIO(data))
 
     def finish(self, file_id: str, location: str, size: int, date: int = 1234567890,
                **road: object) -> None:
@@ -244,9 +246,8 @@ class Client:
 
     def get(self, location: str, rest: int | None = None) -> bytes:
         parts: list[bytes] = []
-        line = self.ftp()
-        line.retrbinary(f"RETR {location}", parts.append, rest=rest)
-        line.quit()
+        with self.ftp() as line:
+            line.retrbinary(f"RETR {location}", parts.append, rest=rest)
         return b"".join(parts)
 
 
@@ -279,7 +280,9 @@ class ServiceTest(unittest.TestCase):
 
     def fresh(self, name: str) -> Client:
         """A new account with an empty store."""
-        Client(self.service).post("/v1/qd_profile.php", action="new_profile", user_name=name,
-                                  passwd=name, verify_passwd=name, email=f"{name}@example.test",
-                                  first_name="", last_name="")
-        return self.client(name)
+        client = Client(self.service)
+        self.addCleanup(client.line.close)
+        client.post("/v1/qd_profile.php", action="new_profile", user_name=name, passwd=name,
+                    verify_passwd=name, email=f"{name}@example.test", first_name="", last_name="")
+        client.login(name, name)
+        return client
