@@ -1,0 +1,74 @@
+#include "utils/exceptions.h"
+#include "utils/filesystem.h"
+#include "utils/thread.h"
+#include "utils/unique_handle.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <memory>
+#include <stdexcept>
+
+namespace utils {
+
+namespace {
+
+bool is_open(HANDLE handle) {
+    DWORD flags = 0;
+    return GetHandleInformation(handle, &flags);
+}
+
+TEST(exceptions, say_where_what_and_the_systems_words) {
+    EXPECT_STREQ(utils_exception("void f(int)", "no").what(), "void f(int): no");
+    EXPECT_STREQ(system_error_exception("f()", "::Call(NULL)").what(),
+                 "f(): ::Call(NULL) call returned error");
+    EXPECT_STREQ(system_error_exception("f()", "::Call(NULL)", 0xDEADBEEF).what(),
+                 "f(): ::Call(NULL) call returned error: Unknown error");
+    const std::string known = system_error_exception("f()", "::C()", ERROR_ACCESS_DENIED).what();
+    EXPECT_EQ(known.find("f(): ::C() call returned error: "), 0u);
+    EXPECT_EQ(known.find("Unknown error"), std::string::npos);
+    EXPECT_EQ(known.substr(known.size() - 2), "\r\n");
+    // Inserts are left as they stand: there is nothing to put in.
+    EXPECT_NE(std::string(system_error_exception("f", "c", ERROR_BAD_EXE_FORMAT).what()).find("%1"),
+              std::string::npos);
+}
+
+TEST(filesystem, gives_the_local_folder_of_the_user) {
+    std::array<wchar_t, MAX_PATH> expected{};
+    ASSERT_NE(GetEnvironmentVariableW(L"LOCALAPPDATA", expected.data(), MAX_PATH), 0u);
+    EXPECT_EQ(filesystem::get_special_directory(0), expected.data());
+}
+
+TEST(unique_handle, closes_what_it_owns_once) {
+    unique_handle first(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    const HANDLE one = first.get();
+    unique_handle second(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    const HANDLE two = second.get();
+    second = std::move(first);
+    EXPECT_FALSE(is_open(two));
+    EXPECT_TRUE(is_open(one));
+    EXPECT_EQ(second.get(), one);
+    unique_handle third(second.release());
+    EXPECT_FALSE(second);
+    third.reset();
+    EXPECT_FALSE(is_open(one));
+}
+
+TEST(start_thread, has_let_go_of_its_body_when_the_handle_is_signalled) {
+    const auto shared = std::make_shared<int>(0);
+    const unique_handle thread = start_thread([shared] { *shared = 1; });
+    ASSERT_EQ(WaitForSingleObject(thread.get(), 20'000), WAIT_OBJECT_0);
+    EXPECT_EQ(*shared, 1);
+    EXPECT_EQ(shared.use_count(), 1);
+    for (const auto& body :
+         {std::function<void()>([shared] { throw std::runtime_error("no"); }),
+          std::function<void()>([shared] { throw std::wstring(L"User cancel"); })}) {
+        const unique_handle throwing = start_thread(body);
+        EXPECT_EQ(WaitForSingleObject(throwing.get(), 20'000), WAIT_OBJECT_0);
+    }
+    EXPECT_EQ(shared.use_count(), 1);
+}
+
+} // namespace
+
+} // namespace utils
