@@ -11,5 +11,5 @@ shell_files() {
     } | sort
 }
 python_files() {
-    find service tests tools bench -type f -name '*.py' 2>/dev/null | sort
+    find service demo tests tools bench -type f -name '*.py' 2>/dev/null | sort
 }

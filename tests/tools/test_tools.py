@@ -1,0 +1,162 @@
+"""The project's own tools: what they let through, and what they leave behind."""
+from __future__ import annotations
+
+import os
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+BUILD = ROOT / "tools" / "build"
+WINE_RUN = BUILD / "wine-run"
+CMD = "C:\\windows\\system32\\cmd.exe"
+CACHE = Path(os.environ.get("QUILLDECK_CACHE") or Path(
+    os.environ.get("XDG_CACHE_HOME") or Path.home() / ".cache") / "quilldeck")
+
+sys.path.insert(0, str(BUILD))
+import tidy  # noqa: E402
+
+
+def run(*command: object, **options: object) -> subprocess.CompletedProcess:
+    """Runs a command to its end; its output is text."""
+    return subprocess.run([str(word) for word in command], stdin=subprocess.DEVNULL, text=True,
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, **options)
+
+
+class Folder(unittest.TestCase):
+    """A case with a folder of its own."""
+
+    def setUp(self) -> None:
+        temporary = tempfile.TemporaryDirectory(prefix="quilldeck-tools.")
+        self.addCleanup(temporary.cleanup)
+        self.folder = Path(temporary.name)
+
+    def write(self, name: str, text: str) -> Path:
+        path = self.folder / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text, encoding="utf-8")
+        return path
+
+
+class Lint(Folder):
+    def test_layers(self) -> None:
+        self.write("src/vfs/item.h", "#include <string>\n")
+        self.write("src/utils/a.cpp", '#include "vfs/item.h"\n#include <shlobj.h>\n')
+        self.write("src/shell/b.cpp", '#include "com/guard.h"\n#include <objbase.h>\n')
+        check = (sys.executable, BUILD / "layers.py", self.folder)
+        self.assertEqual((0, ""), (run(*check).returncode, run(*check).stdout))
+
+        faults = {"src/vfs/up.h": '#include "utils/a.h"', "src/utils/side.h": '#include "serializer/a.h"',
+                  "src/transfer/side.h": '#include "shell/b.h"', "src/syncer/com.h": "#include <ole2.h>",
+                  "src/ui/bare.h": '#include "bare2.h"', "src/other/new.h": ""}
+        for name, line in faults.items():
+            self.write(name, line + "\n")
+        result = run(*check)
+        self.assertEqual(1, result.returncode)
+        self.assertEqual(len(faults), len(result.stdout.splitlines()), result.stdout)
+        for name in faults:
+            self.assertIn(name, result.stdout)
+
+    def test_a_result_is_kept_until_something_that_decides_it_changes(self) -> None:
+        source = self.write("src/a/a.cpp", '#include "a/a.h"\n')
+        self.write("src/a/a.h", '#include "b.h"\n')
+        inner = self.write("src/a/b.h", "int b;\n")
+        settings = self.write(".clang-tidy", "Checks: x\n")
+        other = self.write("src/a/other.h", "int other;\n")
+        root, tidy.ROOT = tidy.ROOT, self.folder
+        self.addCleanup(setattr, tidy, "ROOT", root)
+        keys = [tidy.key(source, "g++", "19")]
+        other.write_text("int changed;\n")
+        self.assertEqual(keys[0], tidy.key(source, "g++", "19"))
+        inner.write_text("long b;\n")
+        keys.append(tidy.key(source, "g++", "19"))
+        settings.write_text("Checks: y\n")
+        keys += [tidy.key(source, "g++", "19"), tidy.key(source, "g++ -O2", "19"),
+                 tidy.key(source, "g++", "20")]
+        self.assertEqual(5, len(set(keys)))
+
+
+class Command(Folder):
+    def test_help_and_unknown_commands(self) -> None:
+        usage = run(ROOT / "quilldeck")
+        self.assertEqual(0, usage.returncode)
+        for line in usage.stdout.splitlines():
+            words = line.split()
+            if line.startswith("  ") and words[0] != "help":
+                text = run(ROOT / "quilldeck", words[0], "--help")
+                self.assertEqual((0, True), (text.returncode, text.stdout.startswith(words[0] + ":")))
+        self.assertEqual(2, run(ROOT / "quilldeck", "bild").returncode)
+
+    def test_an_archive_depends_on_contents_alone(self) -> None:
+        path = self.write("in/b.txt", "b")
+        self.write("in/a/c.txt", "c")
+        archives = []
+        for number in (1, 2):
+            os.utime(path, (number * 10**9, number * 10**9))
+            archive = self.folder / f"{number}.zip"
+            self.assertEqual(0, run(sys.executable, BUILD / "pack.py", self.folder / "in",
+                                    archive).returncode)
+            archives.append(archive.read_bytes())
+        self.assertEqual(archives[0], archives[1])
+
+
+class Wine(Folder):
+    def environment(self) -> dict[str, str]:
+        # A run inside another would take that one's prefix.
+        return {key: value for key, value in os.environ.items() if key != "QUILLDECK_WINEPREFIX"}
+
+    def prefixes(self, owner: int) -> list[Path]:
+        return list((CACHE / "prefixes").glob(f"{owner}.*"))
+
+    def start(self, *arguments: str) -> subprocess.Popen:
+        return subprocess.Popen([WINE_RUN, CMD, "/c", *arguments], stdin=subprocess.DEVNULL,
+                                env=self.environment())
+
+    def wait_for(self, what: object) -> None:
+        deadline = time.monotonic() + 60
+        while not what():
+            self.assertLess(time.monotonic(), deadline)
+            time.sleep(0.05)
+
+    def test_codes_and_prefixes_of_their_own(self) -> None:
+        writer = self.start("echo here> C:\\mark.txt & if exist C:\\mark.txt exit 7")
+        self.assertEqual(7, writer.wait(60))
+        self.assertEqual([], self.prefixes(writer.pid))
+        self.assertEqual(3, self.start("if not exist C:\\mark.txt exit 3").wait(60))
+
+    def test_an_end_from_outside_leaves_nothing(self) -> None:
+        mark = self.folder / "started"
+        ping = f"echo x> Z:{mark} & for /l %i in (1,0,2) do rem"
+        ended = self.start(ping)
+        self.wait_for(mark.exists)
+        ended.send_signal(signal.SIGTERM)
+        self.assertEqual(143, ended.wait(60))
+        self.assertEqual([], self.prefixes(ended.pid))
+
+        mark.unlink()
+        killed = self.start(ping)
+        self.wait_for(mark.exists)
+        killed.kill()
+        killed.wait()
+        left = self.prefixes(killed.pid)
+        self.assertEqual(1, len(left))
+        self.assertEqual(0, self.start("exit 0").wait(60))
+        self.assertFalse(left[0].exists())
+
+
+class Service(unittest.TestCase):
+    def test_the_command_s_code_and_nothing_left(self) -> None:
+        wrapper = (sys.executable, ROOT / "tests/support/with_service.py", "--vsftpd", "--", "bash", "-c")
+        result = run(*wrapper, 'echo "$QUILLDECK_TEST_READY"; test -s "$QUILLDECK_TEST_VSFTPD_READY" '
+                     '&& exit 9')
+        self.assertEqual(9, result.returncode, result.stdout)
+        self.assertFalse(Path(result.stdout.split()[0]).parents[1].exists())
+        self.assertEqual(128 + signal.SIGKILL, run(*wrapper, "kill -KILL $$").returncode)
+
+
+if __name__ == "__main__":
+    unittest.main()
