@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 
 namespace companions_test {
 
@@ -54,7 +55,7 @@ protected:
                    !open_mapping(identity_mapping_name) && !open_mapping(save_as_mapping_name);
         }));
         ASSERT_FALSE(session_runs());
-        process_.emplace(beside_us(session_program));
+        process_ = std::make_unique<running_program>(beside_us(session_program));
         // No pause: whoever sees the event opens the rest at once.
         for (const ULONGLONG end = GetTickCount64() + 20'000; !session_runs();) {
             ASSERT_LT(GetTickCount64(), end);
@@ -63,7 +64,7 @@ protected:
 
     HWND window() const { return process_->window(companions::session_window_class); }
 
-    std::optional<running_program> process_;
+    std::unique_ptr<running_program> process_;
 };
 
 TEST_F(session, owns_the_shared_objects_once_while_it_runs) {
@@ -113,7 +114,7 @@ TEST_F(session, signs_off_when_it_gets_the_mutex_and_hears_messages_until_then) 
 
 TEST_F(session, ends_with_the_logon_session_even_when_the_mutex_is_stuck) {
     SendMessageW(window(), WM_ENDSESSION, FALSE, 0);
-    EXPECT_TRUE(session_runs());
+    EXPECT_NE(window(), nullptr);
     const unique_handle mutex = open_mutex(identity_mutex_name);
     ASSERT_EQ(WaitForSingleObject(mutex.get(), 10'000), WAIT_OBJECT_0);
     companions::request_sign_off();

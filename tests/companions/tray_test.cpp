@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <vector>
 
 namespace companions_test {
@@ -55,7 +56,7 @@ protected:
     }
 
     void start() {
-        process_.emplace(beside_us(tray_program));
+        process_ = std::make_unique<running_program>(beside_us(tray_program));
         ASSERT_TRUE(comes(companions::tray_window_class));
         // It answers only when it is complete.
         SendMessageW(window(), WM_NULL, 0, 0);
@@ -84,7 +85,7 @@ protected:
         ASSERT_TRUE(goes(menu_class));
     }
 
-    std::optional<running_program> process_;
+    std::unique_ptr<running_program> process_;
 };
 
 TEST_F(tray, is_one_and_ends_by_its_menu_or_with_the_logon_session) {
