@@ -8,6 +8,8 @@
 # link to each of them, which appears only when all are whole.
 set -euo pipefail
 . "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+# What we say reaches the user also from within a build, whose own words go to its log.
+exec 3>&2
 . "$TP_DIR/openssl.sh"
 . "$TP_DIR/curl.sh"
 . "$TP_DIR/headers.sh"
@@ -48,8 +50,7 @@ for name in "${order[@]}"; do
     [ ! -d "$final" ] || continue
     say "building $name (${final##*/})"
     started=$SECONDS
-    mkdir -p "$work/$name/source.tmp" "$work/$name.out"
-    rmdir "$work/$name/source.tmp"
+    mkdir -p "$work/$name" "$work/$name.out"
     log=$CACHE/$name.log
     # Not "if ! ( … )": there errexit would be off inside.
     set +e
@@ -57,7 +58,7 @@ for name in "${order[@]}"; do
         set -e
         trap - EXIT
         "build_$name" "$work/$name" "$work/$name.out" "$CACHE/parts/${part[openssl]}"
-    ) >"$log" 2> >(tee -a "$log" | grep --line-buffered '^third_party: ' >&2)
+    ) >"$log" 2>&1
     status=$?
     set -e
     if [ "$status" != 0 ]; then

@@ -1,6 +1,6 @@
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2034
 # What every recipe shares: where things lie, how sources are fetched, the cross compiler.
-# Source it from a script that has set -euo pipefail.
+# Source it from a script that has set -euo pipefail and file descriptor 3 for what the user reads.
 
 TP_DIR=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 CACHE=${QUILLDECK_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/quilldeck}
@@ -10,7 +10,7 @@ JOBS=${QUILLDECK_JOBS:-$(nproc)}
 # shellcheck source=third_party/versions.sh
 . "$TP_DIR/versions.sh"
 
-say() { printf 'third_party: %s\n' "$*" >&2; }
+say() { printf 'third_party: %s\n' "$*" >&3; }
 die() {
     say "$*"
     exit 1

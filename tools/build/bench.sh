@@ -10,7 +10,7 @@ set -euo pipefail
 if [ "${1:-}" = --inside ]; then
     shift
     status=0
-    for program in "$ROOT"/build/release/bin/bench_"${1:-*}".exe; do
+    for program in "$ROOT"/build/release/bin/bench_${1:-*}.exe; do
         [ -e "$program" ] || die "there is no benchmark bench_${1:-*}"
         say "${program##*/}"
         "$ROOT/tools/build/wine-run" "$program" "${@:2}" || status=$?

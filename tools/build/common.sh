@@ -1,4 +1,4 @@
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2034
 # What all parts of ./quilldeck share. Sourced with ROOT set to the top folder.
 
 CACHE=${QUILLDECK_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/quilldeck}

@@ -13,7 +13,7 @@ case $seconds in '' | *[!0-9]*) die "not a number of seconds: $seconds" ;; esac
 cd "$ROOT"
 mkdir -p build/native/failures
 count=0
-for program in build/native/bin/fuzz_"${2:-*}"; do
+for program in build/native/bin/fuzz_${2:-*}; do
     [ -x "$program" ] || continue
     name=${program##*/fuzz_}
     say "fuzzing $name for $seconds s"

@@ -17,7 +17,8 @@ wine_template() {
     local version
     version=$(dpkg-query -W -f '${Version}' wine64 2>/dev/null) || version=unknown
     printf '%s/wine-%s\n' "$CACHE" \
-        "$({ printf '%s\n' "$version"; cat "${BASH_SOURCE[0]}"; } | sha256sum | cut -c1-12)"
+        "$({ printf '%s\n' "$version"; declare -f wine_environment wine_make_template; } |
+            sha256sum | cut -c1-12)"
 }
 
 # Starts and ends the server of the prefix in WINEPREFIX. A server that stays turns a second for
@@ -64,7 +65,7 @@ wine_sweep() {
     for old in "$CACHE"/prefixes/*; do
         owner=${old##*/}
         owner=${owner%%.*}
-        [ -d "$old" ] && ! kill -0 "$owner" 2>/dev/null || continue
+        if [ ! -d "$old" ] || kill -0 "$owner" 2>/dev/null; then continue; fi
         WINEPREFIX=$old wine_server_stop
         rm -rf "$old"
     done
