@@ -15,6 +15,8 @@ import time
 from pathlib import Path
 
 LOCATION = re.compile(r"/[fu][0-9a-f]{32}")
+EMPTY = 1
+"""The number of the content that all empty files share."""
 KEEP_SUPERSEDED = 86400
 KEEP_OPEN_DOWNLOAD = 7 * 86400
 KEEP_IDLE_UPLOAD = 2 * 86400
@@ -71,12 +73,12 @@ class Contents:
 
     def empty(self, db: sqlite3.Connection) -> str:
         """The one location of all empty files."""
-        row = db.execute("SELECT location FROM contents WHERE id = 1").fetchone()
+        row = db.execute("SELECT location FROM contents WHERE id = ?", (EMPTY,)).fetchone()
         if row:
             return row["location"]
         location = new_location("f")
         self.file(location).touch(0o644 if self._foreign else 0o600)
-        db.execute("INSERT INTO contents VALUES (1, ?, 0, ?)", (location, int(time.time())))
+        db.execute("INSERT INTO contents VALUES (?, ?, 0, ?)", (EMPTY, location, int(time.time())))
         return location
 
     def add(self, db: sqlite3.Connection, source: Path) -> tuple[int, int]:
@@ -101,10 +103,10 @@ class Contents:
             file = self.file(row["location"])
             if not file.exists() or file.stat().st_mtime < now - KEEP_IDLE_UPLOAD:
                 db.execute("DELETE FROM uploads WHERE location = ?", (row["location"],))
-        db.execute("DELETE FROM contents WHERE id > 1 AND created < ? "
+        db.execute("DELETE FROM contents WHERE id <> ? AND created < ? "
                    "AND id NOT IN (SELECT content_id FROM items WHERE content_id IS NOT NULL) "
                    "AND id NOT IN (SELECT content_id FROM downloads) "
-                   "AND id NOT IN (SELECT content_id FROM superseded)", (now - 60,))
+                   "AND id NOT IN (SELECT content_id FROM superseded)", (EMPTY, now - 60))
         known = {row[0] for row in db.execute(
             "SELECT location FROM contents UNION ALL SELECT location FROM uploads")}
         for entry in os.scandir(self.folder):

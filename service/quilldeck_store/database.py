@@ -134,12 +134,17 @@ class Database:
         """This thread's connection, outside of any transaction."""
         connection = getattr(self._local, "connection", None)
         if connection is None:
-            connection = sqlite3.connect(self._path, isolation_level=None, timeout=20)
-            connection.row_factory = sqlite3.Row
-            for pragma in ("journal_mode = WAL", "synchronous = NORMAL", "foreign_keys = ON",
-                           "cache_size = -32768", "temp_store = MEMORY"):
-                connection.execute(f"PRAGMA {pragma}")
-            self._local.connection = connection
+            connection = self._local.connection = self.open()
+        return connection
+
+    def open(self, one_thread: bool = True) -> sqlite3.Connection:
+        """A connection that the caller owns; for many threads only with a lock of its own."""
+        connection = sqlite3.connect(self._path, isolation_level=None, timeout=20,
+                                     check_same_thread=one_thread)
+        connection.row_factory = sqlite3.Row
+        for pragma in ("journal_mode = WAL", "synchronous = NORMAL", "foreign_keys = ON",
+                       "cache_size = -32768", "temp_store = MEMORY"):
+            connection.execute(f"PRAGMA {pragma}")
         return connection
 
     @contextlib.contextmanager
