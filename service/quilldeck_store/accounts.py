@@ -1,6 +1,7 @@
 """Who may come in: accounts, access ids for guests, sessions, transfer accounts."""
 from __future__ import annotations
 
+import functools
 import hashlib
 import hmac
 import os
@@ -81,7 +82,10 @@ def password_fits(password: str, stored: str) -> bool:
     return hmac.compare_digest(found.hex(), digest)
 
 
-_NOBODY = hash_password(secrets.token_hex())
+@functools.cache
+def _nobody() -> str:
+    """A hash that no password fits."""
+    return hash_password(secrets.token_hex())
 
 
 def is_email(text: str) -> bool:
@@ -151,7 +155,7 @@ def check_password(db: sqlite3.Connection, name: str, password: str) -> tuple[in
         return None, access["id"]
     stored = (user or access or {"password": None})["password"]
     # An unknown name costs as much time as a wrong password, so that names cannot be tried.
-    if not password_fits(password, stored or _NOBODY) or stored is None:
+    if not password_fits(password, stored or _nobody()) or stored is None:
         raise Failure("Login failed", "The user name or the password is wrong.")
     return (user["id"], None) if user else (None, access["id"])
 

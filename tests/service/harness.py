@@ -1,8 +1,10 @@
 """A started service and a client of it that speaks the wire as the Windows client does."""
 from __future__ import annotations
 
+import atexit
 import base64
 import ftplib
+import functools
 import hashlib
 import http.client
 import io
@@ -260,15 +262,22 @@ class ReusingFtp(ftplib.FTP_TLS):
                                         session=self.sock.session), size
 
 
+@functools.cache
+def shared_service(*options: str) -> Service:
+    """One service for all cases with the same options; a start costs more than a case."""
+    service = Service(*options)
+    atexit.register(service.close)
+    return service
+
+
 class ServiceTest(unittest.TestCase):
-    """Cases that share one service."""
+    """Cases that use the shared service, each with accounts of its own where it writes."""
 
     options: tuple[str, ...] = ()
 
     @classmethod
     def setUpClass(cls) -> None:
-        cls.service = Service(*cls.options)
-        cls.addClassCleanup(cls.service.close)
+        cls.service = shared_service(*cls.options)
 
     def setUp(self) -> None:
         self.service.control("reset", "")
