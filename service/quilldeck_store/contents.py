@@ -17,6 +17,8 @@ from pathlib import Path
 LOCATION = re.compile(r"/[fu][0-9a-f]{32}")
 EMPTY = 1
 """The number of the content that all empty files share."""
+CLOSING = -1
+"""The closed size of an upload that is being closed."""
 KEEP_SUPERSEDED = 86400
 KEEP_OPEN_DOWNLOAD = 7 * 86400
 KEEP_IDLE_UPLOAD = 2 * 86400
@@ -38,6 +40,10 @@ class Contents:
         self._foreign = foreign
         folder.mkdir(parents=True, exist_ok=True)
         folder.chmod(0o711 if foreign else 0o700)
+        if foreign:
+            # What was there before another server took over is its to serve, too.
+            for file in folder.iterdir():
+                file.chmod(0o644 if file.name.startswith("f") else 0o666)
 
     def file(self, location: str) -> Path:
         """The file behind a location that the store itself has given out."""

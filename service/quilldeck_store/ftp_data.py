@@ -135,7 +135,7 @@ class _Records(DTPHandler):
 class TransferChannel(TLS_DTPHandler, _Records):
     """One data connection of a session."""
 
-    timeout = 120
+    timeout = 600
 
     def __init__(self, sock: socket.socket, cmd_channel: object) -> None:
         with contextlib.suppress(OSError):

@@ -27,7 +27,7 @@ class FtpOptions:
     data: Path
     certificate: Path
     tls_max: str
-    public_host: str
+    public_address: str | None
     passive_ports: range | None
 
 
@@ -90,8 +90,7 @@ def _serve(options: FtpOptions, sockets: list[socket.socket], not_ours: list[soc
                                  Contents(options.data / "transfer", foreign=False))
     Session.ssl_context = make_context(str(options.certificate), options.tls_max)
     Session.passive_ports = options.passive_ports
-    if options.public_host != "localhost":
-        Session.masquerade_address = socket.gethostbyname(options.public_host)
+    Session.masquerade_address = options.public_address
     loop = IOLoop()
     servers = [_Server(listening, Session, ioloop=loop) for listening in sockets]
     threading.Thread(target=_listen, args=(pipe,), daemon=True).start()

@@ -90,9 +90,10 @@ class Locations(AbstractedFS):
                 if path:
                     return path.open("rb", buffering=0)
             else:
-                found = Services.gate.writable(who, filename)
-                if found:
-                    return Services.writers.open(filename, found[0], mode.rstrip("b"), found[1])
+                upload = Services.writers.open(
+                    filename, lambda: Services.gate.writable(who, filename), append="a" in mode)
+                if upload:
+                    return upload
         raise FilesystemError("No such location, or it is not yours")
 
     def isfile(self, path: str) -> bool:

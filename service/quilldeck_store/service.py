@@ -4,6 +4,7 @@ from __future__ import annotations
 import argparse
 import asyncio
 import contextlib
+import errno
 import json
 import logging
 import os
@@ -42,7 +43,7 @@ def _listen(host: str | None, port: int, what: str) -> list[socket.socket]:
                                          family))
                 except OSError as error:
                     # A machine without IPv6 serves on the other address alone.
-                    if not sockets or error.errno == 98:
+                    if not sockets or error.errno == errno.EADDRINUSE:
                         raise
             return sockets
         except OSError as error:
@@ -67,6 +68,16 @@ def _bind(address: str, port: int, family: int) -> socket.socket:
         opened.close()
         raise
     return opened
+
+
+def _address(public_host: str) -> str | None:
+    """What clients are told to connect to for data; None where they see the real address."""
+    if public_host == "localhost":
+        return None
+    try:
+        return socket.gethostbyname(public_host)
+    except OSError as error:
+        raise StartError(f"Cannot find the address of {public_host}: {error.strerror}.") from None
 
 
 def _write_ready_file(file: Path, facts: dict[str, object]) -> None:
@@ -118,6 +129,7 @@ async def _serve(options: argparse.Namespace, store: Store, service: HttpsServic
 def run(options: argparse.Namespace) -> int:
     """Serves until SIGTERM or SIGINT; returns the exit code."""
     logging.basicConfig(level=logging.WARNING, format="%(asctime)s %(name)s: %(message)s")
+    public_address = _address(options.public_host)
     https = _listen(options.host, options.https_port, "HTTPS")
     own_ftp = [] if options.transfer_host else _listen(options.host, options.ftp_port, "FTP")
     store = Store(options.data, bool(options.transfer_host), Policy(
@@ -134,7 +146,7 @@ def run(options: argparse.Namespace) -> int:
     store.db.close()
     ftp = None
     if own_ftp:
-        ftp = FtpProcess(FtpOptions(options.data, cert, options.tls_max, options.public_host,
+        ftp = FtpProcess(FtpOptions(options.data, cert, options.tls_max, public_address,
                                     options.passive_ports), own_ftp, https)
         store.end_writers = ftp.end_writers
     faults = FaultList()

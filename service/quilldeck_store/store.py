@@ -8,7 +8,7 @@ from dataclasses import dataclass
 from pathlib import Path
 
 from .accounts import Principal, forget_idle_sessions
-from .contents import Contents
+from .contents import CLOSING, Contents
 from .credentials import seal
 from .database import Database
 
@@ -56,6 +56,7 @@ class Store:
         with self.db.transaction(write=True) as db:
             self.empty_location = self.contents.empty(db)
             forget_idle_sessions(db)
+            db.execute("UPDATE uploads SET closed_size = NULL WHERE closed_size = ?", (CLOSING,))
         self.collect()
 
     def collect(self) -> None:

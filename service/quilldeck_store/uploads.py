@@ -6,7 +6,7 @@ import threading
 
 from . import tree
 from .accounts import Principal
-from .contents import new_location
+from .contents import CLOSING, new_location
 from .store import Store, now
 from .wire import Failure
 
@@ -48,7 +48,25 @@ def _commit(store: Store, who: Principal, file_id: int, location: str, size: int
         raise Failure("Upload failed", "This upload does not belong to the file, or it is closed already.")
     if upload["closed_size"] == size:
         return
+    # From here on no transfer can open the location, and then the last one is ended.
+    if not _mark(store, location, None, CLOSING):
+        raise Failure("Upload failed", "This upload is closed already, with another size.")
     store.end_writers(location)
+    try:
+        _take(store, upload, size, modified)
+    except BaseException:
+        _mark(store, location, CLOSING, None)
+        raise
+
+
+def _mark(store: Store, location: str, before: int | None, after: int | None) -> bool:
+    with store.db.transaction(write=True) as db:
+        return db.execute("UPDATE uploads SET closed_size = ? WHERE location = ? AND closed_size IS ?",
+                          (after, location, before)).rowcount == 1
+
+
+def _take(store: Store, upload: sqlite3.Row, size: int, modified: int) -> None:
+    location = upload["location"]
     file = store.contents.file(location)
     try:
         arrived = file.stat().st_size

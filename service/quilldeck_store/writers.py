@@ -12,8 +12,8 @@ class Upload:
     """The open file of one transfer, written without a buffer of its own, so that its size
     is always what has arrived. The registry may end it from another thread."""
 
-    def __init__(self, registry: WriterRegistry, location: str, path: Path, flags: int,
-                 max_bytes: int) -> None:
+    def __init__(self, registry: WriterRegistry, location: str, path: Path, max_bytes: int,
+                 append: bool) -> None:
         self.name = location
         self.ended = False
         self.hang_up: Callable[[], None] = lambda: None
@@ -21,7 +21,8 @@ class Upload:
         self._registry = registry
         self._lock = threading.Lock()
         self._max_bytes = max_bytes
-        self._handle = os.open(path, flags | os.O_CLOEXEC)
+        self._handle = os.open(path, os.O_WRONLY | os.O_CLOEXEC | (0 if append else os.O_TRUNC))
+        self._size = os.lseek(self._handle, 0, os.SEEK_END)
 
     @property
     def closed(self) -> bool:
@@ -31,24 +32,22 @@ class Upload:
         """Writes all of `data`; fails once the transfer was ended or the quota is full."""
         with self._lock:
             if self.ended:
-                raise OSError(errno.ECONNABORTED, "another transfer to this location has begun")
-            position = os.lseek(self._handle, 0, os.SEEK_CUR)
-            if 0 <= self._max_bytes < position + len(data):
-                raise OSError(errno.EDQUOT, "there is not enough free space in the store")
+                raise OSError(errno.ECONNABORTED, "Another transfer to this location has begun")
+            if 0 <= self._max_bytes < self._size + len(data):
+                raise OSError(errno.EDQUOT, "There is not enough free space in the store")
             view = memoryview(data)
             while view:
-                view = view[os.write(self._handle, view):]
+                written = os.write(self._handle, view)
+                self._size += written
+                view = view[written:]
 
     def lose(self, count: int) -> None:
         """Forgets the last `count` bytes of the file, as a server does that lost them."""
         with self._lock:
             if self._handle >= 0:
-                size = max(os.fstat(self._handle).st_size - count, 0)
-                os.truncate(self._handle, size)
-                os.lseek(self._handle, size, os.SEEK_SET)
-
-    def seek(self, position: int) -> None:
-        os.lseek(self._handle, position, os.SEEK_SET)
+                self._size = max(self._size - count, 0)
+                os.truncate(self._handle, self._size)
+                os.lseek(self._handle, self._size, os.SEEK_SET)
 
     def close(self) -> None:
         """Ends the writing; the location is free again."""
@@ -77,16 +76,20 @@ class WriterRegistry:
         self._lock = threading.Lock()
         self._uploads: dict[str, Upload] = {}
 
-    def open(self, location: str, path: Path, mode: str, max_bytes: int) -> Upload:
-        """Ends the older writer and opens the location: "w" empties it, "a" goes to its
-        end, "r+" begins at its start and keeps what is there."""
-        flags = {"w": os.O_WRONLY | os.O_TRUNC, "a": os.O_WRONLY, "r+": os.O_WRONLY}[mode]
+    def open(self, location: str, find: Callable[[], tuple[Path, int] | None],
+             append: bool) -> Upload | None:
+        """Ends the older writer and opens the location, at its end or emptied.
+
+        `find` gives its file and greatest size, or None if it may not be written (any
+        more); it is asked under the lock, so that a location which was closed before
+        `end` cannot be opened behind it.
+        """
         with self._lock:
+            found = find()
+            if found is None:
+                return None
             self._end(location)
-            upload = Upload(self, location, path, flags, max_bytes)
-            if mode == "a":
-                upload.seek(path.stat().st_size)
-            self._uploads[location] = upload
+            upload = self._uploads[location] = Upload(self, location, *found, append)
             return upload
 
     def end(self, location: str) -> None:

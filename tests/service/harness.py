@@ -120,7 +120,7 @@ class Service:
             [sys.executable, str(ROOT / "service" / "quilldeck_service.py"), "--data", str(self.data),
              "--https-port", "0", "--ftp-port", "0", "--demo", "--test-control",
              "--ready-file", str(ready), *self.options], stdout=subprocess.DEVNULL)
-        end = time.monotonic() + 20
+        end = time.monotonic() + 60
         while not ready.exists():
             if self.process.poll() is not None or time.monotonic() > end:
                 raise RuntimeError("the service did not start")
@@ -131,7 +131,7 @@ class Service:
 
     def stop(self, number: int = signal.SIGTERM) -> int:
         self.process.send_signal(number)
-        return self.process.wait(10)
+        return self.process.wait(30)
 
     def close(self) -> None:
         if self.process.poll() is None:
@@ -139,7 +139,7 @@ class Service:
         shutil.rmtree(self.folder)
 
     def connect(self) -> http.client.HTTPSConnection:
-        return http.client.HTTPSConnection("localhost", self.port, context=TLS, timeout=20)
+        return http.client.HTTPSConnection("localhost", self.port, context=TLS, timeout=60)
 
     def control(self, path: str, body: str | None = None) -> bytes:
         line = self.connect()
@@ -222,7 +222,7 @@ class Client:
 
     def ftp(self) -> ftplib.FTP_TLS:
         line = ReusingFtp(context=TLS)
-        line.connect("localhost", self.service.ftp_port, timeout=20)
+        line.connect("localhost", self.service.ftp_port, timeout=60)
         line.login(self.user, self.password)
         line.prot_p()
         line.voidcmd("TYPE I")

@@ -48,7 +48,7 @@ class Restart(unittest.TestCase):
         second = subprocess.run(
             [sys.executable, str(ROOT / "service/quilldeck_service.py"), "--data",
              str(service.folder / "second"), "--https-port", str(service.port), "--ftp-port", "0"],
-            capture_output=True, text=True, timeout=20)
+            capture_output=True, text=True, timeout=60)
         self.assertEqual(second.returncode, 1)
         self.assertIn(f"port {service.port}", second.stderr)
 
