@@ -1,13 +1,11 @@
 #include "utils/exceptions.h"
 #include "utils/filesystem.h"
-#include "utils/thread.h"
 #include "utils/unique_handle.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
-#include <memory>
-#include <stdexcept>
+#include <string>
 
 namespace utils {
 
@@ -52,21 +50,6 @@ TEST(unique_handle, closes_what_it_owns_once) {
     EXPECT_FALSE(second);
     third.reset();
     EXPECT_FALSE(is_open(one));
-}
-
-TEST(start_thread, has_let_go_of_its_body_when_the_handle_is_signalled) {
-    const auto shared = std::make_shared<int>(0);
-    const unique_handle thread = start_thread([shared] { *shared = 1; });
-    ASSERT_EQ(WaitForSingleObject(thread.get(), 20'000), WAIT_OBJECT_0);
-    EXPECT_EQ(*shared, 1);
-    EXPECT_EQ(shared.use_count(), 1);
-    for (const auto& body :
-         {std::function<void()>([shared] { throw std::runtime_error("no"); }),
-          std::function<void()>([shared] { throw std::wstring(L"User cancel"); })}) {
-        const unique_handle throwing = start_thread(body);
-        EXPECT_EQ(WaitForSingleObject(throwing.get(), 20'000), WAIT_OBJECT_0);
-    }
-    EXPECT_EQ(shared.use_count(), 1);
 }
 
 } // namespace
