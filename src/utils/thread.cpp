@@ -2,58 +2,55 @@
 
 #include "utils/exceptions.h"
 
-#include <memory>
 #include <source_location>
+#include <utility>
 
 namespace utils {
 
 namespace {
 
-struct thread_record {
-    std::function<void()> body;
+/// The module of this code. It is not referenced here: whoever runs this code holds it.
+HMODULE own_module() {
     HMODULE module = nullptr;
-};
-
-void run_guarded(std::unique_ptr<thread_record> record) noexcept {
-    try {
-        record->body();
-    } catch (...) {
-        // A body reports its own failures; whatever else it raised must not end the host.
-        return;
-    }
-}
-
-DWORD WINAPI thread_top(void* argument) {
-    auto record = std::unique_ptr<thread_record>(static_cast<thread_record*>(argument));
-    const HMODULE module = record->module;
-    run_guarded(std::move(record));
-    FreeLibraryAndExitThread(module, 0);
-}
-
-HMODULE reference_own_module() {
-    HMODULE module = nullptr;
-    if (!GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                            reinterpret_cast<const wchar_t*>(&thread_top), &module)) {
-        throw system_error_exception(std::source_location::current().function_name(),
-                                     "::GetModuleHandleExW(FROM_ADDRESS, top, &module)",
-                                     GetLastError());
-    }
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
+                           GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                       reinterpret_cast<const wchar_t*>(&own_module), &module);
     return module;
 }
 
 } // namespace
 
-unique_handle start_thread(std::function<void()> body) {
-    auto record = std::make_unique<thread_record>(std::move(body), reference_own_module());
-    unique_handle thread(CreateThread(nullptr, 0, &thread_top, record.get(), 0, nullptr));
-    if (!thread) {
-        const DWORD error = GetLastError();
-        FreeLibrary(record->module);
+pool_thread::pool_thread(std::function<void()> body) : body_(std::move(body)) {
+    TP_CALLBACK_ENVIRON environment;
+    InitializeThreadpoolEnvironment(&environment);
+    SetThreadpoolCallbackLibrary(&environment, own_module());
+    SetThreadpoolCallbackRunsLong(&environment);
+    work_ = CreateThreadpoolWork(&pool_thread::run, this, &environment);
+    const DWORD error = GetLastError();
+    DestroyThreadpoolEnvironment(&environment);
+    if (work_ == nullptr) {
         throw system_error_exception(std::source_location::current().function_name(),
-                                     "::CreateThread(NULL, 0, top, record, 0, NULL)", error);
+                                     "::CreateThreadpoolWork(run, this, &environment)", error);
     }
-    static_cast<void>(record.release());
-    return thread;
+    SubmitThreadpoolWork(work_);
+}
+
+pool_thread::~pool_thread() {
+    join();
+    CloseThreadpoolWork(work_);
+}
+
+void pool_thread::join() noexcept {
+    WaitForThreadpoolWorkCallbacks(work_, FALSE);
+}
+
+void CALLBACK pool_thread::run(PTP_CALLBACK_INSTANCE, void* self, PTP_WORK) {
+    try {
+        static_cast<pool_thread*>(self)->body_();
+    } catch (...) {
+        // A body reports its own failures; whatever else it raised must not end the host.
+        return;
+    }
 }
 
 } // namespace utils

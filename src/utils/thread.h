@@ -1,15 +1,31 @@
 #pragma once
 
-#include "utils/unique_handle.h"
+#include <windows.h>
 
 #include <functional>
 
 namespace utils {
 
-/// Runs `body` on a thread of its own and answers the thread's handle, which is signalled when the
-/// thread has ended. The thread owns `body` and holds a reference on the module that contains this
-/// code, so that the code cannot be unloaded under it. Nothing that `body` throws passes the
-/// thread's top. Throws `system_error_exception`.
-unique_handle start_thread(std::function<void()> body);
+/// A body of work that runs on a thread of the platform's pool. Transfers of small files come and
+/// go faster than threads are made. While it runs, the platform holds a reference on the module
+/// that contains this code. Nothing that the body throws passes the thread's top.
+class pool_thread {
+public:
+    /// Starts `body`, which may block for hours. Throws `system_error_exception`.
+    explicit pool_thread(std::function<void()> body);
+    pool_thread(const pool_thread&) = delete;
+    pool_thread& operator=(const pool_thread&) = delete;
+    /// Joins.
+    ~pool_thread();
+
+    /// Waits without limit until the body has returned.
+    void join() noexcept;
+
+private:
+    static void CALLBACK run(PTP_CALLBACK_INSTANCE, void* self, PTP_WORK);
+
+    std::function<void()> body_;
+    PTP_WORK work_;
+};
 
 } // namespace utils

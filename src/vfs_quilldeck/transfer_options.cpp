@@ -1,6 +1,7 @@
 #include "vfs_quilldeck/transfer_options.h"
 
 #include "vfs_quilldeck/curl_descriptor_cache.h"
+#include "vfs_quilldeck/data_channel.h"
 
 #include <windows.h>
 
@@ -56,6 +57,7 @@ std::optional<std::int64_t> find_stored_size(const transfer_account& account,
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &discard);
     curl_easy_setopt(handle, CURLOPT_RESUME_FROM_LARGE, curl_off_t{0});
     set_transfer_options(handle, account, path);
+    const data_channel channel(handle, account);
 
     std::optional<std::int64_t> size = ask_stored_size(handle);
     bool at_rest = false;

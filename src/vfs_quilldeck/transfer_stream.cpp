@@ -1,17 +1,15 @@
 #include "vfs_quilldeck/transfer_stream.h"
 
 #include "utils/exceptions.h"
-#include "utils/thread.h"
+#include "vfs_quilldeck/data_channel.h"
 #include "vfs_quilldeck/exceptions.h"
 #include "vfs_quilldeck/transfer_options.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <mutex>
 #include <new>
 #include <optional>
-#include <source_location>
 #include <utility>
 
 namespace vfs_quilldeck {
@@ -27,18 +25,6 @@ constexpr long buffer_bytes = 512L * 1024L;
 
 int ignore_seek(void*, curl_off_t, int) {
     return CURL_SEEKFUNC_OK;
-}
-
-void renew(utils::unique_handle& event) {
-    if (!event) {
-        event.reset(CreateEventW(nullptr, FALSE, FALSE, nullptr));
-        if (!event) {
-            throw utils::system_error_exception(std::source_location::current().function_name(),
-                                                "::CreateEventW(NULL, FALSE, FALSE, NULL)",
-                                                GetLastError());
-        }
-    }
-    ResetEvent(event.get());
 }
 
 } // namespace
@@ -76,10 +62,9 @@ bool transfer_stream::start() {
     buffer_size_ = 0;
     served_ = 0;
     started_ = std::time(nullptr);
+    events_.reset();
     try {
-        renew(data_ready_);
-        renew(data_done_);
-        thread_ = utils::start_thread([this] { run(); });
+        thread_ = std::make_unique<utils::pool_thread>([this] { run(); });
     } catch (const utils::utils_exception&) {
         set_status(failed);
         return false;
@@ -96,6 +81,7 @@ void transfer_stream::run() {
         result = failed;
     }
     set_status(result);
+    events_.end();
 }
 
 int transfer_stream::perform() {
@@ -115,6 +101,7 @@ int transfer_stream::perform() {
         curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
     }
     set_transfer_options(handle, *account_, path_);
+    const data_channel channel(handle, *account_);
     curl_easy_setopt(handle, CURLOPT_RESUME_FROM_LARGE, curl_off_t{offset_});
     if (account_->upload_speed_limit > 0) {
         curl_easy_setopt(handle, CURLOPT_MAX_SEND_SPEED_LARGE,
@@ -135,8 +122,7 @@ std::size_t transfer_stream::hand_over(char* data, std::size_t size, std::size_t
     self.buffer_ = data;
     self.buffer_size_ = size * count;
     self.served_ = 0;
-    SetEvent(self.data_ready_.get());
-    WaitForSingleObject(self.data_done_.get(), INFINITE);
+    self.events_.give();
     // libcurl limits the transfer as a whole: the limit moves along with each hand-over.
     const auto elapsed = static_cast<long>(std::time(nullptr) - self.started_);
     curl_easy_setopt(self.lease_->get(), CURLOPT_TIMEOUT, elapsed + transfer_timeout_seconds);
@@ -147,13 +133,16 @@ bool transfer_stream::wait_for_worker() {
     if (!thread_) {
         return false;
     }
-    const std::array<HANDLE, 2> ends{thread_.get(), data_ready_.get()};
-    return WaitForMultipleObjects(static_cast<DWORD>(ends.size()), ends.data(), FALSE, INFINITE) !=
-           WAIT_OBJECT_0;
+    if (events_.wait_ready()) {
+        return true;
+    }
+    // The worker still runs its last instructions, which touch this object.
+    thread_->join();
+    return false;
 }
 
 bool transfer_stream::next_buffer() {
-    SetEvent(data_done_.get());
+    events_.set_done();
     return wait_for_worker();
 }
 

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "utils/critical_section.h"
-#include "utils/unique_handle.h"
+#include "utils/rendezvous.h"
+#include "utils/thread.h"
 #include "vfs_quilldeck/curl_descriptor_cache.h"
 #include "vfs_quilldeck/transfer_account.h"
 #include "vfs_quilldeck/upload_log.h"
@@ -74,9 +75,9 @@ private:
     int mode_ = closed;
     /// `mode_` while the worker runs; when it has ended 0 for success and -1 for failure.
     int status_ = 0;
-    utils::unique_handle data_ready_;
-    utils::unique_handle data_done_;
-    utils::unique_handle thread_;
+    /// The two events: `ready` when a buffer waits, `done` when it has been served.
+    utils::rendezvous events_;
+    std::unique_ptr<utils::pool_thread> thread_;
     /// The worker's lease, for its callback.
     const curl_descriptor* lease_ = nullptr;
     std::time_t started_ = 0;

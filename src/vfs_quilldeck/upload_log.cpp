@@ -1,6 +1,7 @@
 #include "vfs_quilldeck/upload_log.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vfs_quilldeck {
 
@@ -65,7 +66,10 @@ void upload_log::append(bytes data) {
     size_ += static_cast<std::int64_t>(data.size());
     while (!data.empty()) {
         if (chunks_.empty() || chunks_.back().size() == chunk_size) {
-            chunks_.emplace_back().reserve(chunk_size);
+            // Memory that has been in use is faster than new memory, which must be mapped first.
+            chunks_.push_back(std::exchange(spare_, {}));
+            chunks_.back().clear();
+            chunks_.back().reserve(chunk_size);
         }
         auto& chunk = chunks_.back();
         const std::size_t size = std::min(data.size(), chunk_size - chunk.size());
@@ -94,6 +98,7 @@ void upload_log::trim_history() {
         if (begin_ + size > keep_from) {
             break;
         }
+        spare_ = std::move(chunks_.front());
         chunks_.pop_front();
         begin_ += size;
         size_ -= size;

@@ -66,6 +66,7 @@ private:
 
     /// Each but the last is full.
     std::deque<std::vector<unsigned char>> chunks_;
+    std::vector<unsigned char> spare_;
     std::int64_t begin_ = 0;
     std::int64_t size_ = 0;
     std::int64_t confirmed_ = 0;

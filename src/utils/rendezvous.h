@@ -1,0 +1,38 @@
+#pragma once
+
+#include <windows.h>
+
+namespace utils {
+
+/// Two auto-reset events by which two threads of one process hand something to and fro: `ready` is
+/// set by the giver, `done` by the taker. They live in user mode: a hand-over is made for every few
+/// kilobytes of a transfer, and a kernel event costs a call of the system (under some platforms a
+/// call of another process) for each set and each wait.
+class rendezvous {
+public:
+    rendezvous() = default;
+    rendezvous(const rendezvous&) = delete;
+    rendezvous& operator=(const rendezvous&) = delete;
+
+    /// Resets both events for a new giver.
+    void reset() noexcept;
+
+    /// The giver: sets `ready` and waits without limit for `done`.
+    void give() noexcept;
+    /// The giver, as the last thing that it does here: nothing more will be given.
+    void end() noexcept;
+
+    /// The taker: sets `done`.
+    void set_done() noexcept;
+    /// The taker: waits without limit for `ready`, true, or for the giver's end, false.
+    bool wait_ready() noexcept;
+
+private:
+    SRWLOCK lock_ = SRWLOCK_INIT;
+    CONDITION_VARIABLE changed_ = CONDITION_VARIABLE_INIT;
+    bool ready_ = false;
+    bool done_ = false;
+    bool ended_ = false;
+};
+
+} // namespace utils
