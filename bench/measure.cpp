@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <iomanip>
+#include <numeric>
 #include <sstream>
 
 namespace bench {
@@ -17,6 +18,10 @@ double median(std::vector<double> values) {
     std::ranges::sort(values);
     const std::size_t middle = values.size() / 2;
     return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+}
+
+double sum(const std::vector<double>& values) {
+    return std::accumulate(values.begin(), values.end(), 0.0);
 }
 
 double paired_times::ratio() const {
@@ -42,7 +47,7 @@ paired_times measure_in_turns(int repeats, const std::function<void()>& ours,
 
 void report(const std::string& what, const std::string& ours, const std::string& peer, double ratio,
             const std::string& bound, bool kept) {
-    std::printf("%-44s %14s   peer %14s   ratio %s (%s) %s\n", what.c_str(), ours.c_str(),
+    std::printf("%-44s %24s   peer %24s   ratio %s (%s) %s\n", what.c_str(), ours.c_str(),
                 peer.c_str(), fixed(ratio, 3).c_str(), bound.c_str(), kept ? "kept" : "MISSED");
     std::fflush(stdout);
 }

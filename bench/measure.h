@@ -12,6 +12,7 @@ namespace bench {
 double seconds_of(const std::function<void()>& work);
 
 double median(std::vector<double> values);
+double sum(const std::vector<double>& values);
 
 /// The seconds of two ways to do the same work, taken in turns so that both meet the same machine.
 struct paired_times {
