@@ -46,7 +46,8 @@ std::string logged_request::value_of(const std::string& key) const {
     return parts.substr(from, parts.find('&', from) - from);
 }
 
-store_control::store_control(std::string url) : url_(std::move(url)) {}
+store_control::store_control(std::string url)
+    : url_(std::move(url)), handle_(curl_easy_init(), &curl_easy_cleanup) {}
 
 void store_control::reset() {
     const std::string empty;
@@ -90,20 +91,19 @@ std::map<std::string, std::int64_t> store_control::stats() {
 }
 
 std::string store_control::exchange(const std::string& path, const std::string* body) {
-    const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> handle(curl_easy_init(),
-                                                                     &curl_easy_cleanup);
+    curl_easy_reset(handle_.get());
     std::string reply;
     const std::string url = url_ + path;
-    curl_easy_setopt(handle.get(), CURLOPT_URL, url.c_str());
-    curl_easy_setopt(handle.get(), CURLOPT_SSL_VERIFYHOST, 0L);
-    curl_easy_setopt(handle.get(), CURLOPT_SSL_VERIFYPEER, 0L);
-    curl_easy_setopt(handle.get(), CURLOPT_FAILONERROR, 1L);
-    curl_easy_setopt(handle.get(), CURLOPT_WRITEFUNCTION, &collect);
-    curl_easy_setopt(handle.get(), CURLOPT_WRITEDATA, &reply);
+    curl_easy_setopt(handle_.get(), CURLOPT_URL, url.c_str());
+    curl_easy_setopt(handle_.get(), CURLOPT_SSL_VERIFYHOST, 0L);
+    curl_easy_setopt(handle_.get(), CURLOPT_SSL_VERIFYPEER, 0L);
+    curl_easy_setopt(handle_.get(), CURLOPT_FAILONERROR, 1L);
+    curl_easy_setopt(handle_.get(), CURLOPT_WRITEFUNCTION, &collect);
+    curl_easy_setopt(handle_.get(), CURLOPT_WRITEDATA, &reply);
     if (body != nullptr) {
-        curl_easy_setopt(handle.get(), CURLOPT_POSTFIELDS, body->c_str());
+        curl_easy_setopt(handle_.get(), CURLOPT_POSTFIELDS, body->c_str());
     }
-    const CURLcode code = curl_easy_perform(handle.get());
+    const CURLcode code = curl_easy_perform(handle_.get());
     if (code != CURLE_OK) {
         throw std::runtime_error("the store's control " + path +
                                  " failed: " + curl_easy_strerror(code));

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,6 +21,7 @@ struct logged_request {
     std::string value_of(const std::string& key) const;
 };
 
+/// Its requests share one connection, so it belongs to one thread at a time.
 class store_control {
 public:
     explicit store_control(std::string url);
@@ -35,6 +37,7 @@ private:
     std::string exchange(const std::string& path, const std::string* body);
 
     std::string url_;
+    std::shared_ptr<void> handle_;
 };
 
 } // namespace support
