@@ -40,31 +40,29 @@ private_apt() {
         -o APT::Sandbox::User=root -o Acquire::Retries=3 -o Acquire::Languages=none "$@"
 }
 
-# fetch_source NAME VERSION SUITE FOLDER: leaves the package's files (.dsc and tarballs) in FOLDER.
+# fetch_source NAME VERSION SUITE FOLDER: leaves the package's files (.dsc and tarballs) in FOLDER,
+# and what apt needed for it in FOLDER.apt.
 fetch_source() {
     local name=$1 version=$2 suite=$3 folder=$4 uri state options=''
     local keyring=/usr/share/keyrings/debian-archive-keyring.gpg
     uri=$(debian_archive)
     [ -n "$uri" ] || die "no Debian bookworm archive among this machine's apt sources"
     [ ! -f "$keyring" ] || options="[signed-by=$keyring] "
-    state=$CACHE/apt.$$.$name
+    state=$folder.apt
     mkdir -p "$folder" "$state/lists/partial" "$state/cache/archives/partial"
     printf 'deb-src %s%s %s main\n' "$options" "$uri" "$suite" >"$state/sources.list"
     say "fetching the source of $name $version from $suite"
     if ! private_apt "$state" update >"$state/log" 2>&1; then
-        cat "$state/log" >&2
-        rm -rf "$state"
+        cat "$state/log" >&3
         die "cannot read the list of source packages of $suite: is there a network?"
     fi
     if ! (cd "$folder" && private_apt "$state" --download-only source "$name=$version") \
         >"$state/log" 2>&1; then
-        cat "$state/log" >&2
+        cat "$state/log" >&3
         say "versions that $suite offers now:"
         apt-cache -o "Dir::Etc::sourcelist=$state/sources.list" -o Dir::Etc::sourceparts=/dev/null \
             -o "Dir::State::lists=$state/lists" -o "Dir::Cache=$state/cache" showsrc "$name" 2>/dev/null |
-            sed -n 's/^Version: /    /p' | sort -u >&2
-        rm -rf "$state"
+            sed -n 's/^Version: /    /p' | sort -u >&3
         die "$name $version could not be fetched; if the archive has dropped it, raise it in third_party/versions.sh"
     fi
-    rm -rf "$state"
 }

@@ -26,13 +26,16 @@ wine_template() {
 wine_server_start() { "$WINESERVER" -p </dev/null >/dev/null 2>&1; }
 wine_server_stop() { "$WINESERVER" -k </dev/null >/dev/null 2>&1 || true; }
 
-# Makes the template where it is missing; half a template never gets its name.
+# Makes the template where it is missing; half a template never gets its name. Others wait for it.
 wine_make_template() {
-    local template work link
+    local template work link lock
     template=$(wine_template)
-    [ ! -d "$template" ] || return 0
     [ -x "$WINE" ] || return 1
     mkdir -p "$CACHE"
+    exec {lock}>"$CACHE/wine.lock"
+    flock "$lock"
+    if [ -d "$template" ]; then return; fi
+    rm -rf "$CACHE"/wine-work.*
     work=$(mktemp -d "$CACHE/wine-work.XXXXXX")
     mkdir "$work/home"
     (
@@ -46,7 +49,7 @@ wine_make_template() {
             /v Debugger /t REG_SZ /d '' /f
         "$WINESERVER" -k
         "$WINESERVER" -w
-    ) >"$CACHE/wine.log" 2>&1 || {
+    ) >"$CACHE/wine.log" 2>&1 {lock}>&- || {
         tail -n 20 "$CACHE/wine.log" >&2
         rm -rf "$work"
         return 1
@@ -57,6 +60,7 @@ wine_make_template() {
         mkdir "$link"
     done
     mv -T "$work" "$template"
+    exec {lock}>&-
 }
 
 # Removes what killed programs left: prefixes whose maker is gone, with their servers.
