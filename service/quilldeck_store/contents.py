@@ -97,9 +97,9 @@ class Contents:
                             (location, size, int(time.time()))).lastrowid
         return number, size
 
-    def collect(self, db: sqlite3.Connection) -> list[Path]:
+    def collect(self, db: sqlite3.Connection, made_before: int) -> list[Path]:
         """Forgets what nobody needs any more and returns the files to delete once the
-        transaction is through."""
+        transaction is through; younger ones than `made_before` stay."""
         now = int(time.time())
         db.execute("DELETE FROM downloads WHERE opened < ?", (now - KEEP_OPEN_DOWNLOAD,))
         db.execute("DELETE FROM superseded WHERE at < ?", (now - KEEP_SUPERSEDED,))
@@ -112,12 +112,12 @@ class Contents:
         db.execute("DELETE FROM contents WHERE id <> ? AND created < ? "
                    "AND id NOT IN (SELECT content_id FROM items WHERE content_id IS NOT NULL) "
                    "AND id NOT IN (SELECT content_id FROM downloads) "
-                   "AND id NOT IN (SELECT content_id FROM superseded)", (EMPTY, now - 60))
+                   "AND id NOT IN (SELECT content_id FROM superseded)", (EMPTY, made_before))
         known = {row[0] for row in db.execute(
             "SELECT location FROM contents UNION ALL SELECT location FROM uploads")}
         for entry in os.scandir(self.folder):
-            # A young file may belong to a step that has not reached the metadata yet.
+            # A young file may belong to a request that has not reached the metadata yet.
             if ("/" + entry.name not in known and LOCATION.fullmatch("/" + entry.name)
-                    and entry.stat().st_ctime < now - 60):
+                    and entry.stat().st_ctime < made_before):
                 dead.append(Path(entry.path))
         return dead

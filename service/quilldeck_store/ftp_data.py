@@ -24,9 +24,6 @@ class Download:
         self.handle = file.fileno()
         self.position = file.tell()
 
-    def __bool__(self) -> bool:
-        return True
-
 
 class TransferFault:
     """A fault that waits for its byte in this transfer."""
@@ -42,7 +39,6 @@ class _Records(DTPHandler):
     """Moves bytes in bursts instead of one chunk for each turn of the loop."""
 
     fault: TransferFault | None = None
-    cut = False
 
     def handle_read(self) -> None:
         for _ in range(BURST):
@@ -61,7 +57,7 @@ class _Records(DTPHandler):
                 code = 552 if error.errno in (errno.EDQUOT, errno.ENOSPC) else 426
                 self._break_line(f"{code} {error.strerror}")
                 return
-            if self.cut:
+            if self._closed:
                 return
 
     handle_read_event = handle_read
@@ -112,7 +108,6 @@ class _Records(DTPHandler):
             return False
         if fault.lose and self.receive:
             self.file_obj.lose(fault.lose)
-        self.cut = True
         self._break_line("426 Connection broken")
         if fault.kind == "cut_control":
             self.cmd_channel.hang_up()

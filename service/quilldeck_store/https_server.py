@@ -6,6 +6,7 @@ import functools
 import logging
 import ssl
 import weakref
+from collections.abc import Callable
 from concurrent.futures import ThreadPoolExecutor
 
 from aiohttp import web
@@ -23,6 +24,7 @@ PREFIX = "/v1"
 
 MAX_BODY = 1 << 20
 GARBAGE = b"this is no document \xff\x00\xfe"
+Body = Callable[[Store, Form], bytes]
 _log = logging.getLogger("quilldeck")
 
 
@@ -83,7 +85,7 @@ class HttpsService:
             number = self._connections[connection] = self.connection_count
         return number
 
-    async def _post(self, body: object, request: web.Request) -> web.StreamResponse:
+    async def _post(self, body: Body, request: web.Request) -> web.StreamResponse:
         try:
             raw = await request.read()
         except web.HTTPRequestEntityTooLarge:

@@ -1,11 +1,13 @@
 """What all requests share: the database, the contents, the settings, the transfer host."""
 from __future__ import annotations
 
+import fcntl
 import os
 import time
 from collections.abc import Callable
 from dataclasses import dataclass
 from pathlib import Path
+from typing import TextIO
 
 from .accounts import Principal, forget_idle_sessions
 from .contents import CLOSING, Contents
@@ -42,6 +44,7 @@ class Store:
     def __init__(self, data: Path, foreign_transfer: bool, policy: Policy) -> None:
         data.mkdir(parents=True, exist_ok=True)
         data.chmod(0o711 if foreign_transfer else 0o700)
+        self._lock = _lock(data)
         self.data = data
         self.policy = policy
         self.contents = Contents(data / "transfer", foreign_transfer)
@@ -57,12 +60,13 @@ class Store:
             self.empty_location = self.contents.empty(db)
             forget_idle_sessions(db)
             db.execute("UPDATE uploads SET closed_size = NULL WHERE closed_size = ?", (CLOSING,))
-        self.collect()
+        self.collect(younger_too=True)
 
-    def collect(self) -> None:
-        """Throws away contents and uploads that nothing refers to."""
+    def collect(self, younger_too: bool = False) -> None:
+        """Throws away contents and uploads that nothing refers to; those of this minute
+        only where no request can be about to refer to them."""
         with self.db.transaction(write=True) as db:
-            dead = self.contents.collect(db)
+            dead = self.contents.collect(db, now() + 1 if younger_too else now() - 60)
         for file in dead:
             file.unlink(missing_ok=True)
             (self.thumbnails / f"{file.name}.jpg").unlink(missing_ok=True)
@@ -72,6 +76,16 @@ class Store:
         if self.transfer.is_foreign:
             return seal(self.transfer.url, self.transfer.user, self.transfer.password, key_parts)
         return seal(self.transfer.url, who.transfer_login, who.transfer_password, key_parts)
+
+
+def _lock(data: Path) -> TextIO:
+    """Keeps a second service out of the folder for as long as this process lives."""
+    file = (data / "lock").open("w")
+    try:
+        fcntl.lockf(file, fcntl.LOCK_EX | fcntl.LOCK_NB)
+    except OSError:
+        raise RuntimeError(f"Another service is using {data} already.") from None
+    return file
 
 
 def now() -> int:

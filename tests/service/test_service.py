@@ -8,7 +8,7 @@ import sys
 import time
 import unittest
 
-from .harness import ROOT, Client, Refused, Service, ServiceTest
+from .harness import ROOT, Client, Refused, Service, ServiceTest, shared_service
 
 
 class Restart(unittest.TestCase):
@@ -38,19 +38,22 @@ class Restart(unittest.TestCase):
         client.finish(file["ID"], file["TempLocation"], 8)
         self.assertEqual(client.get(client.find("half.bin")["Location"]), b"halfdone")
         self.assertTrue(stranger.exists(), "only the store's own files are ever deleted")
+        self.assertFalse(orphan.exists())
         self.assertEqual(client.names().count("Music"), 1, "demo files are made once")
         self.assertEqual(service.stop(), 0)
         self.assertFalse((service.folder / "ready").exists())
 
-    def test_a_taken_port_is_said(self) -> None:
-        service = Service()
-        self.addCleanup(service.close)
-        second = subprocess.run(
-            [sys.executable, str(ROOT / "service/quilldeck_service.py"), "--data",
-             str(service.folder / "second"), "--https-port", str(service.port), "--ftp-port", "0"],
-            capture_output=True, text=True, timeout=60)
-        self.assertEqual(second.returncode, 1)
-        self.assertIn(f"port {service.port}", second.stderr)
+    def test_a_taken_port_or_folder_is_said(self) -> None:
+        service = shared_service()
+        for data, port, words in (("second", service.port, f"port {service.port}"),
+                                  ("data", 0, "Another service")):
+            second = subprocess.run(
+                [sys.executable, str(ROOT / "service/quilldeck_service.py"), "--data",
+                 str(service.folder / data), "--https-port", str(port), "--ftp-port", "0"],
+                capture_output=True, text=True, timeout=60)
+            self.assertEqual(second.returncode, 1)
+            self.assertIn(words, second.stderr)
+            self.assertNotIn("Traceback", second.stderr)
 
     def test_host_commands(self) -> None:
         service = Service("--no-sign-up")

@@ -4,7 +4,7 @@ from __future__ import annotations
 import sqlite3
 
 from .. import tree, uploads
-from ..rights import DIRECTORY, FILE, ROOT, own_scope
+from ..rights import DIRECTORY, FILE, ROOT, Scope, own_scope
 from ..wire import Failure, element
 from .table import Mode, Request, action
 
@@ -27,7 +27,7 @@ def checked_description(request: Request) -> str:
     return text
 
 
-def _target(request: Request, kind: int, full: bool) -> tuple[sqlite3.Row, object]:
+def _target(request: Request, kind: int, full: bool) -> tuple[sqlite3.Row, Scope]:
     """The item that `dir_id` or `file_id` names, and the road to it."""
     road = request.scope()
     if full:

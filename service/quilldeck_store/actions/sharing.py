@@ -1,10 +1,12 @@
 """Sharing: who, what, how."""
 from __future__ import annotations
 
+import sqlite3
+
 from .. import invitations
 from ..accounts import find_user, is_email
 from ..names import key
-from ..rights import DIRECTORY, own_scope, chain
+from ..rights import DIRECTORY, chain, own_scope
 from ..store import now
 from ..wire import Failure, elements
 from .table import Mode, Request, action
@@ -63,7 +65,7 @@ def share_with(request: Request, dir_id: int, user_id: int, mode: int) -> None:
                        "VALUES (?,?,?,?,?)", (dir_id, request.who.user_id, user_id, mode, now()))
 
 
-def invite(request: Request, item: object, email: str) -> None:
+def invite(request: Request, item: sqlite3.Row, email: str) -> None:
     """Shares for viewing with the address's account, now or once there is one."""
     if not is_email(email):
         raise Failure("Sharing failed", f"'{email}' is no e-mail address.")
@@ -109,7 +111,7 @@ def list_share_with_users(request: Request) -> str:
                    + "</ShareWithUser>" for row in rows)
 
 
-def _live_shares(request: Request, owner_id: int | None = None) -> list:
+def _live_shares(request: Request, owner_id: int | None = None) -> list[sqlite3.Row]:
     """Sharings with the user whose folder is not in its owner's Trash."""
     rows = request.db.execute(
         "SELECT s.dir_id, s.owner_id, u.name FROM shares s JOIN users u ON u.id = s.owner_id "
