@@ -42,7 +42,8 @@ exec 9>"$CACHE/lock"
 flock 9
 
 # Everything is built aside and renamed when whole, so that an interruption leaves nothing that
-# could be taken for a library.
+# could be taken for a library. What a killed build left goes first, as we hold the lock.
+rm -rf "$CACHE"/work.*
 work=$(mktemp -d "$CACHE/work.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 for name in "${order[@]}"; do
