@@ -109,7 +109,7 @@ def ensure(store: Store) -> None:
     """Makes the demo accounts with all their files, unless they are there.
 
     Accounts: demo and anna, each with its name as password; access ids: visitor (no
-    password, looks at demo's Pictures) and editor (password editor, works in Drop box).
+    password, looks at demo's Pictures) and helper (password helper, works in Drop box).
     """
     with store.db.transaction(write=True) as db:
         if db.execute("SELECT 1 FROM users WHERE name_key IN ('demo', 'anna')").fetchone():
@@ -125,7 +125,7 @@ def ensure(store: Store) -> None:
             db.execute("INSERT INTO shares(dir_id, owner_id, with_id, mode, created) VALUES (?,?,?,?,?)",
                        (hers[folder], anna, demo, mode, now()))
         create_access(db, "visitor", None, own["Pictures"], demo, 0)
-        create_access(db, "editor", "editor", own["Drop box"], demo, 1)
+        create_access(db, "helper", "helper", own["Drop box"], demo, 1)
         for title, text, path in NOTIFICATIONS:
             db.execute("INSERT INTO notifications(user_id, title, text, url, created) VALUES (?,?,?,?,?)",
                        (demo, title, text, store.base_url + path, now()))

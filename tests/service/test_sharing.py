@@ -99,7 +99,7 @@ class Sharing(ServiceTest):
         self.assertEqual(guest.ask("list_shared_users").all("UserSharedFolder")[0]["Name"], "host")
 
     def test_guests(self) -> None:
-        demo, visitor, editor = self.client(), self.client("visitor", ""), self.client("editor")
+        demo, visitor, helper = self.client(), self.client("visitor", ""), self.client("helper")
         self.assertNotEqual(demo.ask("get_userid_by_name", name="visitor")["UserAccessID"], "")
         pictures = demo.find("Pictures")["ID"]
         self.assertEqual(visitor.names(), ["Pictures"])
@@ -114,10 +114,10 @@ class Sharing(ServiceTest):
                                ("share_folder", {"dir_id": pictures, "email": "a@b.cd"}),
                                ("get_pro_settings", {}), ("list_shared_users", {})):
             self.refused(visitor, action, **params)
-        box = editor.ask("list_dir", dir_id=0).all("Directory")[0]["ID"]
-        editor.put("gift.txt", b"from a guest", box, access_dir_id=box)
+        box = helper.ask("list_dir", dir_id=0).all("Directory")[0]["ID"]
+        helper.put("gift.txt", b"from a guest", box, access_dir_id=box)
         self.assertEqual(demo.get(demo.find("gift.txt", box)["Location"]), b"from a guest")
         visitor.common[1] = ("user_id_access", "")
         self.refused(visitor, "list_dir", dir_id=0)
         with self.assertRaises(Refused):
-            self.client("editor", "")
+            self.client("helper", "")

@@ -137,7 +137,9 @@ class Transfer(ServiceTest):
             old = client.ftp()
             data = old.transfercmd(f"STOR {location}")
             data.sendall(BLOCK[:50_000])
-            while (self.service.data / "transfer" / location[1:]).stat().st_size < 50_000:
+            file = self.service.data / "transfer" / location[1:]
+            end = time.monotonic() + 20
+            while file.stat().st_size < 50_000 and time.monotonic() < end:
                 time.sleep(0.01)
             if step == "SIZE":
                 self.assertEqual(self.size(client, location), 50_000)
