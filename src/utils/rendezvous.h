@@ -1,5 +1,7 @@
 #pragma once
 
+#include "utils/slim_lock.h"
+
 #include <windows.h>
 
 namespace utils {
@@ -28,7 +30,7 @@ public:
     bool wait_ready() noexcept;
 
 private:
-    SRWLOCK lock_ = SRWLOCK_INIT;
+    slim_lock lock_;
     CONDITION_VARIABLE changed_ = CONDITION_VARIABLE_INIT;
     bool ready_ = false;
     bool done_ = false;

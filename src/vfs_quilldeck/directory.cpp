@@ -118,26 +118,32 @@ vfs::item_ptr directory::find_item_by_id(const std::wstring& id, bool refresh) {
 }
 
 vfs::item_ptr directory::find_item(const std::wstring& key, bool refresh, const matcher& matches) {
-    const bool fresh = refresh || is_cache_empty();
-    if (fresh) {
-        get_items();
+    if (refresh || is_cache_empty()) {
+        // The listing itself is searched: another thread may clear the cache, or put an older
+        // listing there, at any time.
+        if (vfs::item_ptr found = find_among(get_items(), matches)) {
+            return found;
+        }
+        const auto text = L"File system error: item '%1%' not found in directory '%2%'";
+        throw item_not_found_exception(L"Item not found",
+                                       (boost::wformat(text) % key % get_name()).str());
     }
     if (vfs::item_ptr found = find_cached(matches)) {
         return found;
     }
-    if (!fresh) {
-        return find_item(key, true, matches);
-    }
-    const auto text = L"File system error: item '%1%' not found in directory '%2%'";
-    throw item_not_found_exception(L"Item not found",
-                                   (boost::wformat(text) % key % get_name()).str());
+    return find_item(key, true, matches);
 }
 
 vfs::item_ptr directory::find_cached(const matcher& matches) {
     const std::lock_guard guard(cache_lock_);
+    return find_among(items_, matches);
+}
+
+vfs::item_ptr directory::find_among(const std::vector<vfs::item_ptr>& items,
+                                    const matcher& matches) {
     const auto found = std::ranges::find_if(
-        items_, [&matches](const vfs::item_ptr& child) { return matches(*child); });
-    return found == items_.end() ? nullptr : *found;
+        items, [&matches](const vfs::item_ptr& child) { return matches(*child); });
+    return found == items.end() ? nullptr : *found;
 }
 
 bool directory::is_cache_empty() {

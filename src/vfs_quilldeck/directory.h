@@ -1,6 +1,6 @@
 #pragma once
 
-#include "utils/critical_section.h"
+#include "utils/slim_lock.h"
 #include "vfs/directory.h"
 #include "vfs_quilldeck/directory_fields.h"
 #include "vfs_quilldeck/item.h"
@@ -106,6 +106,8 @@ private:
 
     vfs::item_ptr find_item(const std::wstring& key, bool refresh, const matcher& matches);
     vfs::item_ptr find_cached(const matcher& matches);
+    static vfs::item_ptr find_among(const std::vector<vfs::item_ptr>& items,
+                                    const matcher& matches);
     bool is_cache_empty();
     void clear_cache();
     vfs::item_ptr create_file_by(const wchar_t* action, const std::wstring& name, std::int64_t size,
@@ -116,7 +118,7 @@ private:
     const directory_fields fields_;
     std::atomic<std::uint32_t> folder_flags_ = vfs::folder_initial;
     /// Guards what follows; never held during a request.
-    mutable utils::critical_section cache_lock_;
+    mutable utils::slim_lock cache_lock_;
     std::wstring description_;
     std::vector<vfs::item_ptr> items_;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "utils/critical_section.h"
+#include "utils/slim_lock.h"
 #include "vfs/file.h"
 #include "vfs_quilldeck/file_fields.h"
 #include "vfs_quilldeck/item.h"
@@ -102,7 +102,7 @@ private:
     std::atomic<std::int64_t> size_;
     std::atomic<vfs::time_seconds> modification_date_;
     /// Guards the description: metadata may be read while another thread sets them.
-    mutable utils::critical_section field_lock_;
+    mutable utils::slim_lock field_lock_;
     std::wstring description_;
 };
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "utils/critical_section.h"
 #include "utils/rendezvous.h"
+#include "utils/slim_lock.h"
 #include "utils/thread.h"
 #include "vfs_quilldeck/curl_descriptor_cache.h"
 #include "vfs_quilldeck/transfer_account.h"
@@ -86,7 +86,7 @@ private:
     std::size_t served_ = 0;
     /// There while an upload is open.
     std::unique_ptr<upload_log> unconfirmed_;
-    mutable utils::critical_section lock_;
+    mutable utils::slim_lock lock_;
 };
 
 } // namespace vfs_quilldeck
