@@ -28,9 +28,9 @@ std::vector<ULONG_PTR> orders;
 std::string last_tip;
 
 /// A taskbar as programs find it: the platform's own is not there without a screen. It refuses to
-/// take an icon twice.
+/// take an icon twice, and does not hear of one whose window is gone.
 LRESULT CALLBACK taskbar_proc(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
-    if (message != WM_COPYDATA) {
+    if (message != WM_COPYDATA || !IsWindow(reinterpret_cast<HWND>(wparam))) {
         return DefWindowProcW(window, message, wparam, lparam);
     }
     const auto* const order = reinterpret_cast<const COPYDATASTRUCT*>(lparam);
@@ -147,8 +147,9 @@ TEST_F(tray, shows_its_icon_whenever_a_taskbar_comes_and_tells_who_is_signed_in)
     taskbar.lpfnWndProc = &taskbar_proc;
     taskbar.lpszClassName = L"Shell_TrayWnd";
     RegisterClassW(&taskbar);
-    CreateWindowExW(0, taskbar.lpszClassName, nullptr, WS_POPUP, 0, 0, 0, 0, nullptr, nullptr,
-                    nullptr, nullptr);
+    const HWND area = CreateWindowExW(0, taskbar.lpszClassName, nullptr, WS_POPUP, 0, 0, 0, 0,
+                                      nullptr, nullptr, nullptr, nullptr);
+    orders.clear();
     const UINT taskbar_created = RegisterWindowMessageW(L"TaskbarCreated");
     PostMessageW(HWND_BROADCAST, taskbar_created, 0, 0);
     std::vector<ULONG_PTR> expected{NIM_ADD, NIM_SETVERSION};
@@ -165,6 +166,7 @@ TEST_F(tray, shows_its_icon_whenever_a_taskbar_comes_and_tells_who_is_signed_in)
     EXPECT_EQ(ask_to_exit(tray_program), 0u);
     expected.insert(expected.end(), {NIM_MODIFY, NIM_ADD, NIM_MODIFY, NIM_SETVERSION, NIM_DELETE});
     EXPECT_EQ(orders, expected);
+    DestroyWindow(area);
 }
 
 } // namespace
