@@ -2,7 +2,9 @@
 # bench: build and run the benchmarks
 #
 # Runs every bench_*.exe of the release under Wine, one after another in one prefix, against a fresh
-# store and a second one behind vsftpd. bench NAME runs bench_NAME alone; what follows goes to it.
+# store and a second one behind vsftpd. bench NAME runs bench_NAME alone; what follows goes to it:
+# bench transfer [MEGABYTES [REPEATS]]. The figures of the native curl stand before those of
+# bench_transfer.
 set -euo pipefail
 . "$ROOT/tools/build/common.sh"
 
@@ -10,6 +12,13 @@ set -euo pipefail
 if [ "${1:-}" = --inside ]; then
     shift
     status=0
+    "$PYTHON" "$ROOT/bench/populate.py" "$QUILLDECK_TEST_READY"
+    case ${1:-transfer} in
+    transfer)
+        "$PYTHON" "$ROOT/bench/native_curl.py" "$QUILLDECK_TEST_HTTPS_URL" "own server" "${2:-256}"
+        "$PYTHON" "$ROOT/bench/native_curl.py" "$QUILLDECK_TEST_VSFTPD_HTTPS_URL" vsftpd "${2:-256}"
+        ;;
+    esac
     for program in "$ROOT"/build/release/bin/bench_${1:-*}.exe; do
         [ -e "$program" ] || die "there is no benchmark bench_${1:-*}"
         say "${program##*/}"
