@@ -1,0 +1,84 @@
+#include "store_test.h"
+#include "vfs_quilldeck/curl_descriptor_cache.h"
+
+#include <algorithm>
+#include <set>
+#include <thread>
+#include <vector>
+
+namespace vfs_quilldeck {
+
+namespace {
+
+class connection : public store_test {
+protected:
+    std::set<int> connections_of_log() {
+        std::set<int> numbers;
+        for (const auto& request : control.log()) {
+            numbers.insert(request.connection);
+        }
+        return numbers;
+    }
+};
+
+TEST_F(connection, is_one_for_a_chain_of_requests) {
+    client session = sign_in();
+    const auto before = request_descriptor_cache.get_usage();
+    for (int i = 0; i < 20; ++i) {
+        client(session.get_user_info()).get_storage_info();
+    }
+    EXPECT_EQ(control.log().size(), 2u + 20u * 3u);
+    EXPECT_EQ(connections_of_log().size(), 1u);
+    EXPECT_EQ(request_descriptor_cache.get_usage().entries, before.entries);
+}
+
+TEST_F(connection, is_one_for_each_of_four_threads_and_kept) {
+    client session = sign_in();
+    const auto request_on_four_threads = [&] {
+        control.reset();
+        // None is answered before all four are on their way.
+        control.fault({{"kind", "delay"}, {"seconds", "0.5"}, {"count", "4"}});
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 4; ++i) {
+            threads.emplace_back([session]() mutable { session.get_storage_info(); });
+        }
+        std::size_t most = 0;
+        while (control.log().size() < 4) {
+            most = std::max(most, request_descriptor_cache.get_usage().locked);
+        }
+        for (auto& thread : threads) {
+            thread.join();
+        }
+        EXPECT_LE(most, 4u);
+        const auto usage = request_descriptor_cache.get_usage();
+        EXPECT_EQ(usage.entries, 4u);
+        EXPECT_EQ(usage.locked, 0u);
+        EXPECT_EQ(connections_of_log().size(), 4u);
+    };
+    request_on_four_threads();
+    const auto first = control.stats()["https_connections"];
+    request_on_four_threads();
+    EXPECT_EQ(control.stats()["https_connections"], first);
+}
+
+TEST_F(connection, is_leased_to_one_at_a_time) {
+    curl_descriptor_cache cache;
+    CURL* handle = nullptr;
+    {
+        const curl_descriptor one(cache);
+        const curl_descriptor two(cache);
+        EXPECT_NE(one.get(), two.get());
+        handle = one.get();
+        EXPECT_EQ(cache.get_usage().locked, 2u);
+    }
+    EXPECT_EQ(curl_descriptor(cache).get(), handle);
+    EXPECT_EQ(cache.get_usage().entries, 2u);
+    EXPECT_EQ(cache.get_usage().locked, 0u);
+    const curl_handle_entry entry;
+    const curl_handle_entry copy(entry); // NOLINT(performance-unnecessary-copy-initialization)
+    EXPECT_NE(entry.handle, copy.handle);
+}
+
+} // namespace
+
+} // namespace vfs_quilldeck

@@ -1,0 +1,155 @@
+#include "store_test.h"
+#include "vfs_quilldeck/session.h"
+
+namespace vfs_quilldeck {
+
+namespace {
+
+class special_directories : public store_test {
+protected:
+    static std::wstring names_in(vfs::directory& directory) {
+        std::wstring names;
+        for (const vfs::item_ptr& item : directory.get_items()) {
+            names += item->get_name() + L"|";
+        }
+        return names;
+    }
+
+    static std::shared_ptr<vfs::directory> enter(const std::shared_ptr<vfs::directory>& from,
+                                                 const std::wstring& name) {
+        return std::dynamic_pointer_cast<vfs::directory>(from->find_item_by_name(name, false));
+    }
+};
+
+TEST_F(special_directories, stand_at_the_end_of_the_root) {
+    client session = sign_in();
+    const auto root = root_of(session);
+    root->create_directory(L"tRASH");
+    auto items = root->get_items();
+    ASSERT_GE(items.size(), 3u);
+    const auto trash = std::dynamic_pointer_cast<vfs::directory>(items.back());
+    const auto shared = std::dynamic_pointer_cast<vfs::directory>(*(items.end() - 2));
+    EXPECT_EQ(root->find_item_by_name(L"Trash", false)->get_name(), L"tRASH");
+    EXPECT_EQ(root->find_item_by_id(L"dir_trash", false), trash);
+    EXPECT_EQ(root->find_item_by_name(L"shared FOLDERS", false), shared);
+    const auto anna = enter(shared, L"anna");
+    asked();
+
+    const struct {
+        std::shared_ptr<vfs::directory> directory;
+        std::wstring id;
+        std::uint32_t flags;
+    } all[] = {{root, L"dir_root", 1},
+               {trash, L"dir_trash", 0x80},
+               {shared, L"dir_shared_folders_container", 0x20},
+               {anna, L"dir_ud_1002", 0x40}};
+
+    for (const auto& [directory, id, flags] : all) {
+        directory->set_folder_flags(8);
+        EXPECT_EQ(directory->get_folder_flags(), flags);
+        EXPECT_EQ(directory->get_id(), id);
+        EXPECT_EQ(directory->get_path(), L"");
+        EXPECT_TRUE(directory->is_root_directory() && !directory->is_own_directory());
+    }
+    EXPECT_EQ(asked(), "");
+
+    for (const auto& [reply, has_shares] :
+         {std::pair("<Result>\n\nTrue\n</Result>", true), std::pair("<Result>true</Result>", false),
+          std::pair("<Result>True\r</Result>", false), std::pair("<Result>\n</Result>", false)}) {
+        control.fault({{"kind", "garbage"}, {"action", "has_share_folders"}, {"body", reply}});
+        items = root->get_items();
+        EXPECT_EQ(items.back()->get_id(), L"dir_trash");
+        EXPECT_EQ((*(items.end() - 2))->get_id() == shared->get_id(), has_shares) << reply;
+    }
+    root->delete_item(L"trash", false);
+
+    new_profile(L"newcomer", L"secret", L"secret", L"new@quilldeck.example", L"N", L"C");
+    EXPECT_THROW(new_profile(L"Newcomer", L"secret", L"secret", L"x@quilldeck.example", L"", L""),
+                 vfs::item_already_exists_exception);
+    client newcomer(L"newcomer", L"secret");
+    EXPECT_EQ(newcomer.get_root(), newcomer.get_root());
+    EXPECT_EQ(names_in(*root_of(newcomer)), L"Trash|");
+}
+
+TEST_F(special_directories, hold_what_was_deleted_until_it_is_restored) {
+    client session = sign_in();
+    const auto root = root_of(session);
+    const auto folder = std::dynamic_pointer_cast<vfs::directory>(root->create_directory(L"Bin"));
+    folder->create_file(L"f");
+    const auto trash = enter(root, L"Trash");
+    folder->delete_item(L"f", true);
+    root->delete_item(folder, true);
+    const vfs::item_ptr file = trash->find_item_by_name(L"f", false);
+    const vfs::item_ptr gone = trash->find_item_by_name(L"Bin", false);
+    EXPECT_GT(file->get_delete_date(), 1'700'000'000);
+    EXPECT_GT(gone->get_delete_date(), 1'700'000'000);
+    asked();
+    gone->restore();
+    file->restore();
+    EXPECT_EQ(asked(), "restore_dir_from_trash restore_file_from_trash");
+    EXPECT_EQ(names_in(*folder), L"f|");
+    EXPECT_EQ(folder->find_item_by_name(L"f", false)->get_delete_date(), vfs::time_unknown);
+    root->delete_item(L"Bin", true);
+    trash->delete_item(trash->find_item_by_name(L"Bin", true), false);
+    EXPECT_EQ(trash->find_item_by_name(L"Old notes.txt", false)->get_name(), L"Old notes.txt");
+    EXPECT_THROW(trash->find_item_by_name(L"Bin", false), vfs::item_not_found_exception);
+}
+
+TEST_F(special_directories, lead_to_what_others_share) {
+    client session = sign_in();
+    const auto root = root_of(session);
+    const auto anna = enter(enter(root, L"Shared Folders"), L"anna");
+    const auto photos = enter(anna, L"Photos for you");
+    EXPECT_TRUE(photos->is_root_directory() && !photos->is_own_directory());
+    EXPECT_FALSE(enter(photos, L"More")->is_root_directory());
+    EXPECT_EQ(photos->get_folder_flags(), 0u);
+    EXPECT_EQ(failure_of([&] { photos->create_directory(L"x"); }).find(L"No permission: "), 0u);
+
+    const vfs::item_ptr night = photos->find_item_by_name(L"Night.jpg", false);
+    const vfs::byte_buffer picture = night->get_thumbnail();
+    ASSERT_GT(picture.size(), 10u);
+    EXPECT_EQ(std::string(picture.begin() + 6, picture.begin() + 10), "JFIF");
+
+    const auto work = enter(anna, L"Work");
+    const auto made = std::dynamic_pointer_cast<vfs::directory>(work->create_directory(L"Ours"));
+    dynamic_cast<vfs::file&>(*night).copy(made, false);
+    const auto copied =
+        std::dynamic_pointer_cast<vfs::file>(made->find_item_by_name(L"Night.jpg", false));
+    EXPECT_EQ(copied->get_path(), L"Work/Ours/Night.jpg");
+    copied->open(vfs::modeRead, 0);
+    char head[2] = {};
+    EXPECT_EQ(copied->read(head, 2), 2u);
+    EXPECT_EQ(std::string(head, 2), "\xFF\xD8");
+    copied->close(0);
+    copied->copy(root, true);
+    work->delete_item(made, false);
+    root->delete_item(L"Night.jpg", false);
+}
+
+TEST_F(special_directories, are_other_ones_for_a_guest) {
+    client guest(L"visitor", L"");
+    EXPECT_EQ(guest.get_user_info().user_access_id, L"visitor");
+    const auto root = root_of(guest);
+    EXPECT_EQ(root->get_id(), L"dir_root");
+    EXPECT_EQ(names_in(*root), L"Pictures|");
+    const auto pictures = enter(root, L"pictures");
+    EXPECT_TRUE(pictures->is_root_directory());
+    EXPECT_FALSE(enter(pictures, L"Holidays 2026")->is_root_directory());
+    EXPECT_GT(pictures->find_item_by_name(L"Dusk.jpg", false)->get_thumbnail().size(), 10u);
+    EXPECT_EQ(failure_of([&] { pictures->create_file(L"x"); }).find(L"No permission: "), 0u);
+    EXPECT_EQ(guest.get_directory(L"Pictures/Holidays 2026", false)->get_path(),
+              L"Pictures/Holidays 2026");
+
+    client helper(L"helper", L"helper");
+    const auto box = enter(root_of(helper), L"Drop box");
+    const auto made = std::dynamic_pointer_cast<vfs::file>(box->create_and_open_file(L"f", 6, 1));
+    made->write("x", 1);
+    made->close(0);
+    made->set_description(L"from a guest");
+    EXPECT_EQ(box->find_item_by_name(L"f", false)->get_description(), L"from a guest");
+    box->delete_item(L"f", false);
+}
+
+} // namespace
+
+} // namespace vfs_quilldeck

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "service_url.h"
+#include "store_control.h"
+#include "vfs/vfs.h"
+#include "vfs_quilldeck/client.h"
+#include "vfs_quilldeck/exceptions.h"
+#include "vfs_quilldeck/pc_id.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+namespace vfs_quilldeck {
+
+/// A test against the store that the runner started. Its log and its faults are the test's own.
+class store_test : public testing::Test {
+protected:
+    store_test() {
+        ensure_pc_id();
+        control.reset();
+    }
+
+    ~store_test() override { control.reset(); }
+
+    /// A new session of a demo account, whose password is its name.
+    static client sign_in(const std::wstring& user = L"demo") { return {user, user}; }
+
+    static std::shared_ptr<vfs::directory> root_of(client& session) {
+        return std::dynamic_pointer_cast<vfs::directory>(session.get_root());
+    }
+
+    /// Lets the store answer each request with these bytes, and do nothing.
+    void answer(const std::string& reply) {
+        control.fault({{"kind", "garbage"}, {"body", reply}, {"count", "1000000"}});
+    }
+
+    /// The actions that the store was asked for since the last call, joined by blanks.
+    std::string asked() {
+        std::string actions;
+        for (const auto& request : control.log()) {
+            const std::string action = request.value_of("action");
+            actions += (actions.empty() ? "" : " ") + (action.empty() ? request.path : action);
+        }
+        control.reset();
+        return actions;
+    }
+
+    support::store_control control{support::environment("QUILLDECK_TEST_HTTPS_URL")};
+};
+
+/// Name and description of the failure that an operation throws, "none" without one.
+template <class Operation>
+std::wstring failure_of(Operation operation) {
+    try {
+        operation();
+    } catch (const vfs::exception& failure) {
+        return failure.get_name() + L": " + failure.get_description();
+    }
+    return L"none";
+}
+
+inline constexpr auto request_failed =
+    L"Request failed: Please, check your internet connection or firewall settings";
+
+} // namespace vfs_quilldeck
