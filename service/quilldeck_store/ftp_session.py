@@ -1,6 +1,7 @@
 """The control connection: which commands there are, and what a session may reach."""
 from __future__ import annotations
 
+import contextlib
 import os
 import threading
 from collections import Counter
@@ -9,7 +10,7 @@ from typing import BinaryIO
 from OpenSSL import SSL
 from pyftpdlib.authorizers import AuthenticationFailed
 from pyftpdlib.filesystems import AbstractedFS, FilesystemError
-from pyftpdlib.handlers import FileProducer, TLS_FTPHandler
+from pyftpdlib.handlers import FileProducer, PassiveDTP, TLS_FTPHandler
 
 from .accounts import Principal
 from .contents import LOCATION
@@ -117,6 +118,16 @@ class Locations(AbstractedFS):
         raise FilesystemError("No such location, or it is not yours")
 
 
+class PassiveListener(PassiveDTP):
+    """The port of a data connection to come."""
+
+    def del_channel(self, map: object = None) -> None:
+        # The library closes the socket with which it finds the address family before it takes it
+        # from the poller. By then its number may stand for a plain file of another session.
+        with contextlib.suppress(PermissionError):
+            super().del_channel(map)
+
+
 class Session(TLS_FTPHandler):
     """One control connection. TLS is required on it and on its data connections."""
 
@@ -125,6 +136,7 @@ class Session(TLS_FTPHandler):
     authorizer = Authorizer()
     abstracted_fs = Locations
     dtp_handler = TransferChannel
+    passive_dtp = PassiveListener
     banner = "Quilldeck store."
     timeout = 600
     auth_failed_timeout = 1

@@ -82,10 +82,7 @@ def remove(db: sqlite3.Connection, item: sqlite3.Row) -> None:
     """
     if item["home"]:
         raise Failure("Delete failed", "The home folder cannot be deleted.")
-    key = {"id": item["id"]}
-    db.execute(_BELOW + "UPDATE items SET parent_id = 0 WHERE trashed > 0 AND id <> :id "
-               "AND parent_id IN below", key)
-    db.execute(_BELOW + "DELETE FROM items WHERE id IN below", key)
+    db.execute(_BELOW + "DELETE FROM items WHERE id IN below", {"id": item["id"]})
 
 
 def require_space(db: sqlite3.Connection, owner_id: int, more: int) -> None:
