@@ -1,0 +1,259 @@
+#include "process_census.h"
+#include "store_test.h"
+#include "vfs_quilldeck/curl_descriptor_cache.h"
+
+#include <functional>
+#include <vector>
+
+namespace vfs_quilldeck {
+
+namespace {
+
+class failure : public store_test {
+protected:
+    using settings = std::vector<std::pair<std::string, std::string>>;
+
+    /// Fails each request of `act` in turn, in each way: it throws, and done once more it succeeds.
+    void fail_each_request(const std::function<void()>& act, const std::function<void()>& undo);
+    void run_scenario();
+
+    std::size_t failures = 0;
+};
+
+void failure::fail_each_request(const std::function<void()>& act,
+                                const std::function<void()>& undo) {
+    const struct {
+        settings fault;
+        std::wstring description;
+    } ways[] = {
+        {{{"kind", "drop"}, {"count", "1000"}},
+         L"Please, check your internet connection or firewall settings"},
+        {{{"kind", "garbage"}}, L"Server side error"},
+        {{{"kind", "error"}}, L"An error on demand"},
+    };
+
+    for (const auto& [fault, description] : ways) {
+        for (int request = 0;; ++request) {
+            SCOPED_TRACE(fault[0].second + " at request " + std::to_string(request));
+            ASSERT_LT(request, 20);
+            settings numbered = fault;
+            numbered.emplace_back("skip", std::to_string(request));
+            control.fault(numbered);
+            const std::wstring met = failure_of(act);
+            control.reset();
+            EXPECT_EQ(request_descriptor_cache.get_usage().locked, 0u);
+            EXPECT_EQ(transfer_descriptor_cache.get_usage().locked, 0u);
+            if (met == L"none") {
+                undo();
+                break;
+            }
+            ++failures;
+            EXPECT_EQ(met.substr(met.find(L": ") + 2), description);
+            ASSERT_EQ(failure_of(act), L"none");
+            undo();
+        }
+    }
+}
+
+void failure::run_scenario() {
+    const auto nothing = [] {
+    };
+    std::unique_ptr<client> session;
+    fail_each_request([&] { session = std::make_unique<client>(L"demo", L"demo"); }, nothing);
+    fail_each_request([&] { client restored(session->get_user_info()); }, nothing);
+
+    const auto root = root_of(*session);
+    vfs::item_ptr made;
+    fail_each_request([&] { made = session->get_directory(L"Failures/Inner", true); },
+                      [&] {
+                          root->get_items();
+                          root->delete_item(L"Failures", false);
+                      });
+    const auto folder =
+        std::dynamic_pointer_cast<vfs::directory>(session->get_directory(L"Failures", true));
+
+    std::shared_ptr<vfs::file> file;
+    fail_each_request(
+        [&] {
+            if (!file) {
+                const vfs::item_ptr opened = folder->create_and_open_file(L"f", 6, 3);
+                file = std::dynamic_pointer_cast<vfs::file>(opened);
+                EXPECT_EQ(file->write("abc", 3), 3u);
+            }
+            file->close(1'000);
+        },
+        [&] {
+            EXPECT_EQ(failure_of([&] { file->close(0); }), L"Close failed: File is not opened");
+            folder->delete_item(file, false);
+            file = nullptr;
+        });
+    file = std::dynamic_pointer_cast<vfs::file>(folder->create_file(L"f"));
+    fail_each_request(
+        [&] {
+            if (file->get_open_mode() == 0) {
+                file->open(6, 2);
+                file->write("de", 2);
+            }
+            file->close(0);
+            file->open(vfs::modeRead, 0);
+            file->close(0);
+        },
+        nothing);
+    fail_each_request([&] { folder->rename_item(L"f", L"g"); },
+                      [&] { folder->rename_item(file, L"f"); });
+    fail_each_request([&] { file->copy(root, false); },
+                      [&] {
+                          root->get_items();
+                          root->delete_item(L"f", false);
+                      });
+    fail_each_request(
+        [&] {
+            file->set_price(2);
+            file->set_description(L"d");
+            folder->set_access(vfs::access_public);
+            EXPECT_EQ(file->get_path(), L"Failures/f");
+        },
+        nothing);
+    fail_each_request(
+        [&] {
+            session->get_storage_info();
+            session->get_pro_settings();
+            session->get_user_notifications();
+            folder->get_sharewith_items();
+        },
+        nothing);
+    const auto pictures =
+        std::dynamic_pointer_cast<vfs::directory>(session->get_directory(L"Pictures", false));
+    fail_each_request([&] { pictures->find_item_by_name(L"Dusk.jpg", true)->get_thumbnail(); },
+                      nothing);
+    fail_each_request([&] { root->delete_item(folder, true); }, [&] { folder->restore(); });
+    root->delete_item(folder, false);
+}
+
+TEST_F(failure, of_any_request_leaves_everything_as_it_was) {
+    run_scenario();
+    const process_census first = count_process();
+    failures = 0;
+    run_scenario();
+    EXPECT_GE(failures, 90u);
+    // Threads of the platform's pool come and go by themselves.
+    const process_census second = count_process();
+    EXPECT_LE(second.handles, first.handles + 3);
+    EXPECT_LE(second.threads, first.threads + 1);
+}
+
+TEST_F(failure, of_one_attempt_or_two_is_not_seen) {
+    client session = sign_in();
+    for (int drops = 1; drops <= 2; ++drops) {
+        control.reset();
+        control.fault({{"kind", "drop"}, {"count", std::to_string(drops)}});
+        EXPECT_GT(session.get_storage_info().capacity, 0);
+        EXPECT_EQ(control.log().size(), static_cast<std::size_t>(drops) + 1);
+    }
+    // A reply that arrived is never asked for again, whatever it is.
+    for (const auto kind : {"garbage", "error"}) {
+        control.reset();
+        control.fault({{"kind", kind}});
+        EXPECT_THROW(session.get_storage_info(), exception);
+        EXPECT_EQ(control.log().size(), 1u);
+    }
+    control.reset();
+    control.fault({{"kind", "drop"}, {"count", "100"}});
+    EXPECT_EQ(failure_of([&] { session.get_storage_info(); }), request_failed);
+    // libcurl asks once more by itself when a connection that it kept turns out to be dead.
+    const std::size_t attempts = control.log().size();
+    EXPECT_TRUE(attempts == 3 || attempts == 4) << attempts;
+}
+
+TEST_F(failure, is_what_a_repeated_request_says_when_only_its_answer_was_lost) {
+    client session = sign_in();
+    const auto root = root_of(session);
+    root->get_items();
+    const auto lose_answer = [&](const std::string& action) {
+        control.fault({{"kind", "drop"}, {"when", "after"}, {"action", action}});
+    };
+    lose_answer("create_dir");
+    EXPECT_THROW(root->create_directory(L"Lost"), vfs::item_already_exists_exception);
+    const vfs::item_ptr made = root->find_item_by_name(L"Lost", false);
+    lose_answer("set_dir_description");
+    made->set_description(L"seen");
+    EXPECT_EQ(root->find_item_by_name(L"Lost", true)->get_description(), L"seen");
+    lose_answer("rename_dir");
+    root->rename_item(made, L"Found");
+    lose_answer("remove_dir");
+    EXPECT_EQ(failure_of([&] { root->delete_item(L"Found", false); }).find(L"Not found: "), 0u);
+    EXPECT_THROW(root->find_item_by_name(L"Found", true), vfs::item_not_found_exception);
+
+    // An upload that is closed twice is closed.
+    const auto file =
+        std::dynamic_pointer_cast<vfs::file>(root->create_and_open_file(L"Lost.txt", 6, 1));
+    file->write("x", 1);
+    lose_answer("close_file_upload");
+    file->close(0);
+    EXPECT_EQ(std::dynamic_pointer_cast<vfs::file>(root->find_item_by_name(L"lost.txt", false))
+                  ->get_size(),
+              1);
+    root->delete_item(file, false);
+}
+
+TEST_F(failure, is_told_in_the_words_of_who_met_it) {
+    EXPECT_EQ(failure_of([] { client(L"demo", L"wrong"); }),
+              L"Login failed: The user name or the password is wrong.");
+    EXPECT_EQ(failure_of([] {
+                  client(vfs::user_info{L"no session", L"", L"", L"", L""});
+              }).find(L"Not signed in: "),
+              0u);
+    support::set_service_url("https://localhost:1");
+    EXPECT_EQ(failure_of([] { client(L"demo", L"demo"); }), request_failed);
+    support::set_service_url(support::environment("QUILLDECK_TEST_HTTPS_URL"));
+
+    client session = sign_in();
+
+    const struct {
+        std::string reply;
+        std::wstring failure;
+        bool is_clash;
+    } replies[] = {
+        {"<R><Error><Type>1</Type><Name>N</Name><Description>D\\<</Description></Error></R>",
+         L"N: D<", true},
+        {"<R><Error><Type>2</Type><Name>N</Name></Error></R>", L"N: ", false},
+        {"<R><Error><Name>N</Name><Description>D</Description></Error></R>", L"N: D", false},
+        {"<R><Error><Type>x1</Type></Error><Error><Type>1</Type></Error></R>", L": ", false},
+        {"<R><Error></Error></R>", L"none", false},
+        {"<R><a><Error><Type>1</Type></Error></a></R>", L"none", false},
+        {"", L"Parse error: Server side error", false},
+        {"<?xml version=\"1.0\"?><Result></Result>", L"Parse error: Server side error", false},
+    };
+
+    for (const auto& [reply, expected, is_clash] : replies) {
+        control.reset();
+        answer(reply);
+        try {
+            session.operations_request({});
+            EXPECT_EQ(expected, L"none") << reply;
+        } catch (const vfs::exception& met) {
+            EXPECT_EQ(met.get_name() + L": " + met.get_description(), expected) << reply;
+            EXPECT_EQ(dynamic_cast<const vfs::item_already_exists_exception*>(&met) != nullptr,
+                      is_clash);
+        }
+    }
+    // Data that cannot be read end in a session without transfers, or in none.
+    for (const auto& [data, signs_in] :
+         {std::pair("", true), std::pair("AAAAAAAAAAAAAAAA", false)}) {
+        control.reset();
+        answer(std::string("<R><UserID>7</UserID><Data>") + data + "</Data></R>");
+        try {
+            const client met(L"demo", L"demo");
+            EXPECT_TRUE(signs_in);
+            EXPECT_EQ(met.get_user_info().user_id, L"7");
+            EXPECT_EQ(met.get_host() + met.get_transfer_user(), "");
+        } catch (const std::exception& met) {
+            EXPECT_FALSE(signs_in);
+            EXPECT_STREQ(met.what(), "Incorrect buffer length");
+        }
+    }
+}
+
+} // namespace
+
+} // namespace vfs_quilldeck

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstddef>
+
+namespace vfs_quilldeck {
+
+/// How much of the platform's this process holds.
+struct process_census {
+    std::size_t handles = 0;
+    std::size_t threads = 0;
+
+    friend bool operator==(const process_census&, const process_census&) = default;
+};
+
+process_census count_process();
+
+} // namespace vfs_quilldeck
