@@ -4,6 +4,8 @@
 
 #include <windows.h>
 
+#include <atomic>
+
 namespace utils {
 
 /// Two auto-reset events by which two threads of one process hand something to and fro: `ready` is
@@ -32,9 +34,12 @@ public:
 private:
     slim_lock lock_;
     CONDITION_VARIABLE changed_ = CONDITION_VARIABLE_INIT;
-    bool ready_ = false;
-    bool done_ = false;
-    bool ended_ = false;
+    std::atomic<bool> ready_ = false;
+    std::atomic<bool> done_ = false;
+    std::atomic<bool> ended_ = false;
+    /// Each side's own.
+    int giver_looks_ = 0;
+    int taker_looks_ = 0;
 };
 
 } // namespace utils

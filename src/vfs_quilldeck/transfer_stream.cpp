@@ -21,7 +21,8 @@ constexpr int failed = -1;
 
 /// libcurl's buffers. Each piece that it sends or receives is a call of the platform's sockets, and
 /// each hand-over a change of threads.
-constexpr long buffer_bytes = 512L * 1024L;
+constexpr long download_buffer_bytes = 512L * 1024L;
+constexpr long upload_buffer_bytes = 1024L * 1024L;
 
 int ignore_seek(void*, curl_off_t, int) {
     return CURL_SEEKFUNC_OK;
@@ -111,8 +112,8 @@ int transfer_stream::perform() {
         curl_easy_setopt(handle, CURLOPT_MAX_RECV_SPEED_LARGE,
                          curl_off_t{account_->download_speed_limit});
     }
-    curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, buffer_bytes);
-    curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, buffer_bytes);
+    curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, download_buffer_bytes);
+    curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, upload_buffer_bytes);
     return curl_easy_perform(handle) == CURLE_OK ? succeeded : failed;
 }
 

@@ -23,7 +23,7 @@ namespace vfs_quilldeck {
 /// server holds, and may then lie above `accepted`.
 class upload_log {
 public:
-    /// More than what libcurl's buffer (512 KiB) and the usual largest socket buffers of both sides
+    /// More than what libcurl's buffer (1 MiB) and the usual largest socket buffers of both sides
     /// (4 and 6 MiB) can hold together.
     static constexpr std::int64_t history_limit = std::int64_t{16} << 20;
 
