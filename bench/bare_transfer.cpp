@@ -1,7 +1,10 @@
 #include "bare_transfer.h"
 
+#include "vfs_quilldeck/data_channel.h"
+
 #include <algorithm>
 #include <cstring>
+#include <optional>
 #include <stdexcept>
 
 namespace bench {
@@ -13,18 +16,17 @@ constexpr long buffer_bytes = 512L * 1024L;
 } // namespace
 
 bare_transfer::bare_transfer(const vfs_quilldeck::client& client)
-    : host_(client.get_host()),
-      login_(client.get_transfer_user() + ":" + client.get_transfer_password()),
-      handle_(curl_easy_init()) {}
+    : account_(*client.get_transfer_account()), handle_(curl_easy_init()) {}
 
 bare_transfer::~bare_transfer() {
     curl_easy_cleanup(handle_);
 }
 
 void bare_transfer::set_common(const std::string& location) {
-    const std::string url = host_ + location;
+    const std::string url = account_.host + location;
+    const std::string login = account_.user + ":" + account_.password;
     curl_easy_setopt(handle_, CURLOPT_URL, url.c_str());
-    curl_easy_setopt(handle_, CURLOPT_USERPWD, login_.c_str());
+    curl_easy_setopt(handle_, CURLOPT_USERPWD, login.c_str());
     curl_easy_setopt(handle_, CURLOPT_USE_SSL, long{CURLUSESSL_ALL});
     curl_easy_setopt(handle_, CURLOPT_SSL_VERIFYHOST, 0L);
     curl_easy_setopt(handle_, CURLOPT_SSL_VERIFYPEER, 0L);
@@ -56,7 +58,13 @@ void bare_transfer::upload(const std::string& location, std::int64_t size) {
     perform();
 }
 
-std::int64_t bare_transfer::download(const std::string& location) {
+std::int64_t bare_transfer::download(const std::string& location, bool read_ahead) {
+    curl_easy_setopt(handle_, CURLOPT_SSL_CTX_FUNCTION, nullptr);
+    curl_easy_setopt(handle_, CURLOPT_OPENSOCKETFUNCTION, nullptr);
+    std::optional<vfs_quilldeck::data_channel> channel;
+    if (read_ahead) {
+        channel.emplace(handle_, account_);
+    }
     received_ = 0;
     set_common(location);
     curl_easy_setopt(handle_, CURLOPT_UPLOAD, 0L);

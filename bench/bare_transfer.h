@@ -20,15 +20,15 @@ public:
 
     /// Uploads `size` bytes of a pattern to a location.
     void upload(const std::string& location, std::int64_t size);
-    /// Downloads a location, looks at no byte, and answers how many there were.
-    std::int64_t download(const std::string& location);
+    /// Downloads a location, looks at no byte, and answers how many there were. With `read_ahead`
+    /// the data channel is tuned as the client's own is.
+    std::int64_t download(const std::string& location, bool read_ahead = false);
 
 private:
     void set_common(const std::string& location);
     void perform();
 
-    std::string host_;
-    std::string login_;
+    const vfs_quilldeck::transfer_account account_;
     CURL* handle_;
     std::int64_t left_ = 0;
     std::int64_t received_ = 0;

@@ -22,7 +22,8 @@ public:
     void upload(const std::wstring& name, std::int64_t size);
     void download(const vfs::item_ptr& item);
     void upload_bare(const std::wstring& name, std::int64_t size);
-    void download_bare(const std::wstring& id, const std::string& location);
+    void download_bare(const std::wstring& id, const std::string& location,
+                       bool read_ahead = false);
 
     /// A file of the folder as both ways need it.
     struct entry {
