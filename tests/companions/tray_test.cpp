@@ -57,7 +57,7 @@ protected:
 
     void start() {
         process_ = std::make_unique<running_program>(beside_us(tray_program));
-        ASSERT_TRUE(comes(companions::tray_window_class));
+        ASSERT_TRUE(shows(companions::tray_window_class));
         // It answers only when it is complete.
         SendMessageW(window(), WM_NULL, 0, 0);
     }
@@ -68,21 +68,17 @@ protected:
 
     void icon_event(WORD event) const { PostMessageW(window(), icon_message, 0, event); }
 
-    bool comes(const wchar_t* class_name) const {
-        return eventually([&] { return process_->window(class_name) != nullptr; });
-    }
-
-    bool goes(const wchar_t* class_name) const {
-        return eventually([&] { return process_->window(class_name) == nullptr; });
+    bool shows(const wchar_t* class_name, bool expected = true) const {
+        return eventually([&] { return (process_->window(class_name) != nullptr) == expected; });
     }
 
     /// Opens the menu, presses the key of Sign out, and leaves the menu if it is still open.
     void choose_sign_out() const {
         icon_event(WM_CONTEXTMENU);
-        ASSERT_TRUE(comes(menu_class));
+        ASSERT_TRUE(shows(menu_class));
         PostMessageW(window(), WM_CHAR, L's', 0);
         PostMessageW(window(), WM_KEYDOWN, VK_ESCAPE, 0);
-        ASSERT_TRUE(goes(menu_class));
+        ASSERT_TRUE(shows(menu_class, false));
     }
 
     std::unique_ptr<running_program> process_;
@@ -123,21 +119,21 @@ TEST_F(tray, offers_sign_out_only_to_who_is_signed_in) {
     EXPECT_EQ(WaitForSingleObject(session.log_off_event(), 20'000), WAIT_OBJECT_0);
 
     icon_event(WM_CONTEXTMENU);
-    ASSERT_TRUE(comes(menu_class));
+    ASSERT_TRUE(shows(menu_class));
     EXPECT_EQ(ask_to_exit(tray_program), 0u);
     EXPECT_EQ(process_->wait(), 0u);
 }
 
 TEST_F(tray, says_once_that_the_drive_is_not_registered_and_can_exit_meanwhile) {
     PostMessageW(window(), WM_COMMAND, ID_TRAY_OPEN, 0);
-    ASSERT_TRUE(comes(dialog_class));
+    ASSERT_TRUE(shows(dialog_class));
     const HWND box = process_->window(dialog_class);
     send_command(ID_TRAY_OPEN);
     PostMessageW(box, WM_CLOSE, 0, 0);
-    EXPECT_TRUE(goes(dialog_class));
+    EXPECT_TRUE(shows(dialog_class, false));
 
     icon_event(WM_LBUTTONDBLCLK);
-    ASSERT_TRUE(comes(dialog_class));
+    ASSERT_TRUE(shows(dialog_class));
     EXPECT_EQ(ask_to_exit(tray_program), 0u);
     EXPECT_EQ(process_->wait(), 0u);
 }
