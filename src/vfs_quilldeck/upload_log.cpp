@@ -7,7 +7,7 @@ namespace vfs_quilldeck {
 
 namespace {
 
-constexpr std::size_t chunk_size = 64 * 1024;
+constexpr std::size_t chunk_size = std::size_t{64} * 1024;
 
 } // namespace
 
