@@ -128,6 +128,15 @@ class Wine(Folder):
         self.assertEqual([], self.prefixes(writer.pid))
         self.assertEqual(3, self.start("if not exist C:\\mark.txt exit 3").wait(60))
 
+    def test_a_program_left_running_does_not_hold_the_terminal(self) -> None:
+        near, far = os.openpty()
+        self.addCleanup(os.close, near)
+        command = subprocess.Popen(
+            [WINE_RUN, CMD, "/c", "start /b cmd /c for /l %i in (1,0,2) do rem & exit 4"],
+            stdin=subprocess.DEVNULL, stdout=far, env=self.environment())
+        os.close(far)
+        self.assertEqual(4, command.wait(60))
+
     def test_an_end_from_outside_leaves_nothing(self) -> None:
         mark = self.folder / "started"
         ping = f"echo x> Z:{mark} & for /l %i in (1,0,2) do rem"
