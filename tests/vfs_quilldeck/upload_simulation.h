@@ -60,19 +60,27 @@ private:
             .subspan(from);
     }
 
+    static const std::string& noise() {
+        static const std::string bytes = [] {
+            std::string made(1'100'000, '\0');
+            std::uint32_t value = 1;
+            for (char& byte : made) {
+                value = value * 1'664'525U + 1'013'904'223U;
+                byte = static_cast<char>(value >> 24U);
+            }
+            return made;
+        }();
+        return bytes;
+    }
+
     /// Mostly what a failed write left over, as a caller repeats it; sometimes other data.
     std::string next_data() {
         if (!failed_.empty() && choose_(8) != 0) {
             return failed_;
         }
         static constexpr std::uint32_t sizes[] = {0, 1, 3, 16'384, 65'536, 70'000, 1'000'000};
-        std::string data(choose_(sizes[choose_(std::size(sizes))] + 1), '\0');
-        std::uint32_t value = choose_(1U << 16U);
-        for (char& byte : data) {
-            value = value * 1'664'525U + 1'013'904'223U;
-            byte = static_cast<char>(value >> 24U);
-        }
-        return data;
+        const std::uint32_t size = choose_(sizes[choose_(std::size(sizes))] + 1);
+        return noise().substr(choose_(1U << 16U), size);
     }
 
     void write(const std::string& data) {
