@@ -37,7 +37,7 @@ private:
     std::string exchange(const std::string& path, const std::string* body);
 
     std::string url_;
-    std::shared_ptr<void> handle_;
+    std::unique_ptr<void, void (*)(void*)> handle_;
 };
 
 } // namespace support

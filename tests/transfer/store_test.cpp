@@ -50,7 +50,7 @@ std::shared_ptr<vfs_quilldeck::client> client_of(store_kind kind) {
 } // namespace
 
 store_test::store_test(store_kind kind)
-    : control(variable(kind, "HTTPS_URL")), client(client_of(kind)),
+    : service_url(variable(kind, "HTTPS_URL")), control(service_url), client(client_of(kind)),
       root_(std::dynamic_pointer_cast<vfs::directory>(client->get_root())),
       locations_(read_locations_folder(kind)) {
     control.reset();

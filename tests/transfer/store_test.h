@@ -43,6 +43,7 @@ protected:
     /// Where the bytes of a location lie on the server's disk.
     std::filesystem::path path_of(const std::string& location) const;
 
+    const std::string service_url;
     support::store_control control;
     std::shared_ptr<vfs_quilldeck::client> client;
     std::shared_ptr<vfs::directory> folder;

@@ -1,0 +1,222 @@
+#include "line_cutter.h"
+#include "store_test.h"
+
+#include "vfs/exceptions.h"
+#include "vfs_quilldeck/transfer_stream.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace transfer_test {
+
+namespace {
+
+using vfs_quilldeck::transfer_stream;
+
+/// What the transfers of a test came to.
+struct tally {
+    std::atomic<int> breaks{0}; ///< that a caller saw as a failed call
+    std::atomic<int> exact{0};  ///< files
+};
+
+/// What --gtest_random_seed says, so that a run can be repeated, or a new one in its range.
+std::uint32_t choose_seed() {
+    const auto wanted = static_cast<std::uint32_t>(testing::GTEST_FLAG(random_seed));
+    return wanted != 0 ? wanted : std::random_device{}() % 99'999 + 1;
+}
+
+class cuts_test : public store_test {
+protected:
+    static constexpr std::size_t workers = 4;
+
+    explicit cuts_test(store_kind kind) : store_test(kind) {
+        std::printf("--gtest_random_seed=%lu\n", static_cast<unsigned long>(seed_));
+        RecordProperty("seed", std::to_string(seed_));
+    }
+
+    static std::uint32_t number_of(std::mt19937& random, std::uint32_t least,
+                                   std::uint32_t greatest) {
+        return std::uniform_int_distribution<std::uint32_t>(least, greatest)(random);
+    }
+
+    /// Runs `body` on several threads, each with random numbers of its own.
+    void on_threads(const std::function<void(std::mt19937&)>& body) {
+        std::vector<std::jthread> threads;
+        for (std::size_t i = 0; i < workers; ++i) {
+            threads.emplace_back([&body, seed = random()] {
+                std::mt19937 own(seed);
+                try {
+                    body(own);
+                } catch (const vfs::exception& failure) {
+                    ADD_FAILURE() << testing::PrintToString(failure.get_name()) << ": "
+                                  << testing::PrintToString(failure.get_description());
+                }
+            });
+        }
+    }
+
+    /// Reads a file to its end over broken lines and compares.
+    static void download(vfs::file& file, const content& expected, std::mt19937& numbers,
+                         tally& total) {
+        content read;
+        file.open(vfs::modeRead, 0);
+        const auto outcome = read_all(file, read, random_steps(numbers, 200'000), 100);
+        file.close(0);
+        ASSERT_TRUE(outcome.complete);
+        ASSERT_TRUE(read == expected) << "a resumed download differs";
+        total.breaks += outcome.failures;
+        ++total.exact;
+    }
+
+    /// Writes to `location` until `breaks` calls have failed, and a little more, so that no break
+    /// stays unseen in the buffers on the way. Then the server must hold exactly what was written.
+    void upload(const std::string& location, const content& data, const step_source& step,
+                int breaks, tally& total) {
+        transfer_stream stream(client->get_transfer_account());
+        stream.open(location, transfer_stream::writing);
+        std::size_t written = 0;
+        std::size_t end = data.size();
+        int seen = 0;
+        while (written < end) {
+            const std::size_t size = std::min(step(), end - written);
+            const int seen_before = seen;
+            std::uint32_t taken = 0;
+            while (!try_write(stream, data.data() + written, size, taken)) {
+                ASSERT_LE(++seen, breaks);
+            }
+            written += taken;
+            if (seen == breaks && seen > seen_before) {
+                end = std::min(end, written + step() / 16);
+            }
+        }
+        stream.close();
+        ASSERT_EQ(seen, breaks);
+        std::ifstream stored(path_of(location), std::ios::binary);
+        const std::string held((std::istreambuf_iterator<char>(stored)),
+                               std::istreambuf_iterator<char>());
+        ASSERT_EQ(held.size(), written);
+        ASSERT_TRUE(std::equal(held.begin(), held.end(), data.begin(), [](char a, unsigned char b) {
+            return static_cast<unsigned char>(a) == b;
+        })) << "a resumed upload differs";
+        total.breaks += seen;
+        ++total.exact;
+    }
+
+    /// False for a call that is to be made again.
+    static bool try_write(transfer_stream& stream, const unsigned char* data, std::size_t size,
+                          std::uint32_t& taken) {
+        try {
+            taken = stream.write(data, static_cast<std::uint32_t>(size));
+            return true;
+        } catch (const vfs::exception& failure) {
+            EXPECT_EQ(failure.get_name(), L"Write failed");
+            return false;
+        }
+    }
+
+    void print(const tally& total) const {
+        std::printf("%d breaks, %d files exact\n", total.breaks.load(), total.exact.load());
+    }
+
+    const std::uint32_t seed_ = choose_seed();
+    std::mt19937 random{seed_};
+};
+
+/// Short calls keep the server behind what the caller was told; in long ones it gets ahead, as
+/// libcurl sends on while a call that fails in the end still waits.
+step_source steps_for_upload(std::mt19937& random) {
+    return random_steps(random, random() % 2 == 0 ? 20'000 : 2'000'000);
+}
+
+constexpr std::size_t download_size = 900'001;
+/// More than what all buffers between a caller and a server's disk hold.
+constexpr std::size_t upload_size = 30'000'000;
+
+class bundled_cuts_test : public cuts_test {
+protected:
+    bundled_cuts_test() : cuts_test(store_kind::bundled) {}
+};
+
+class vsftpd_cuts_test : public cuts_test {
+protected:
+    vsftpd_cuts_test() : cuts_test(store_kind::vsftpd) {}
+};
+
+} // namespace
+
+TEST_F(bundled_cuts_test, downloads_go_on_where_the_line_broke) {
+    const content data = make_content(download_size, random());
+    store(L"source", data);
+    // Each transfer meets the next fault: some break more than once, those beyond its end pass.
+    for (int i = 0; i < 320; ++i) {
+        control.fault({{"kind", "cut_download"},
+                       {"bytes", std::to_string(number_of(random, 1, download_size))}});
+    }
+    tally total;
+    on_threads([&](std::mt19937& numbers) {
+        const file_ptr file = find(L"source");
+        while (total.breaks < 200 && !HasFailure()) {
+            download(*file, data, numbers, total);
+        }
+    });
+    EXPECT_GE(total.breaks, 200);
+    print(total);
+}
+
+TEST_F(bundled_cuts_test, uploads_go_on_where_the_server_stands) {
+    const content data = make_content(upload_size, random());
+    const file_ptr file = store(L"target", {});
+    tally total;
+    on_threads([&](std::mt19937& numbers) {
+        support::store_control own_control(service_url);
+        // The same location again and again: each upload starts it over.
+        const std::string location = open_upload(*file);
+        while (total.breaks < 200 && !HasFailure()) {
+            const int breaks = numbers() % 4 == 0 ? 2 : 1;
+            for (int i = 0; i < breaks; ++i) {
+                const std::uint32_t bytes = number_of(numbers, 1, 1'500'000);
+                const std::uint32_t lost =
+                    numbers() % 2 == 0 ? 0 : number_of(numbers, 1, 1'000'000);
+                own_control.fault({{"kind", "cut_upload"},
+                                   {"path", location},
+                                   {"bytes", std::to_string(bytes)},
+                                   {"lose", std::to_string(lost)}});
+            }
+            upload(location, data, steps_for_upload(numbers), breaks, total);
+        }
+    });
+    EXPECT_GE(total.breaks, 200);
+    print(total);
+}
+
+TEST_F(vsftpd_cuts_test, transfers_go_on_over_lines_that_broke_on_our_side) {
+    const content data = make_content(download_size, random());
+    store(L"source", data);
+    const file_ptr source = find(L"source");
+    tally down;
+    line_cutter cutter;
+    while (down.breaks < 20 && !HasFailure()) {
+        cutter.cut_after(number_of(random, 1, download_size));
+        download(*source, data, random, down);
+    }
+    const content sent = make_content(upload_size, random());
+    const std::string location = open_upload(*source);
+    tally up;
+    while (up.breaks < 20 && !HasFailure()) {
+        cutter.cut_after(number_of(random, 1, 2'500'000));
+        upload(location, sent, steps_for_upload(random), 1, up);
+    }
+    print(down);
+    print(up);
+}
+
+} // namespace transfer_test
