@@ -12,10 +12,37 @@ namespace {
     throw exception(name, L"Please, contact software manufacturer");
 }
 
+/// libcurl and OpenSSL from the first handle on. OpenSSL cleans up after itself when the module
+/// goes, by a handler that it registers when it starts; as that happens in this object's
+/// constructor, the object goes first, and the connections of the pooled handles with it.
+class library {
+public:
+    library() { curl_global_init(CURL_GLOBAL_ALL); }
+
+    library(const library&) = delete;
+    library& operator=(const library&) = delete;
+
+    ~library() {
+        request_descriptor_cache.clear();
+        transfer_descriptor_cache.clear();
+        curl_global_cleanup();
+    }
+};
+
+CURL* make_handle() {
+    static const library started;
+    return curl_easy_init();
+}
+
 } // namespace
 
 curl_descriptor_cache request_descriptor_cache;
 curl_descriptor_cache transfer_descriptor_cache;
+
+curl_handle_entry::curl_handle_entry() : handle(make_handle()) {}
+
+curl_handle_entry::curl_handle_entry(const curl_handle_entry& other)
+    : locked(other.locked), handle(make_handle()) {}
 
 curl_handle_entry::~curl_handle_entry() {
     if (handle != nullptr) {
@@ -61,6 +88,14 @@ curl_descriptor_cache::usage curl_descriptor_cache::get_usage() {
     const std::lock_guard guard(mutex_);
     const auto locked = std::ranges::count(entries_, true, &curl_handle_entry::locked);
     return {entries_.size(), static_cast<std::size_t>(locked)};
+}
+
+void curl_descriptor_cache::clear() {
+    const std::lock_guard guard(mutex_);
+    // Positions stay valid: only the end of the list may go.
+    while (!entries_.empty() && !entries_.back().locked) {
+        entries_.pop_back();
+    }
 }
 
 curl_descriptor::curl_descriptor(curl_descriptor_cache& cache)

@@ -13,11 +13,8 @@ struct curl_handle_entry {
     bool locked = false;
     CURL* handle;
 
-    curl_handle_entry() : handle(curl_easy_init()) {}
-
-    curl_handle_entry(const curl_handle_entry& other)
-        : locked(other.locked), handle(curl_easy_init()) {}
-
+    curl_handle_entry();
+    curl_handle_entry(const curl_handle_entry& other);
     curl_handle_entry& operator=(const curl_handle_entry&) = delete;
     ~curl_handle_entry();
 };
@@ -39,6 +36,9 @@ public:
     };
 
     usage get_usage();
+
+    /// Lets go of all handles that are not in use, with their connections.
+    void clear();
 
 private:
     friend class curl_descriptor;
