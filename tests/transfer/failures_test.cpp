@@ -1,0 +1,193 @@
+#include "expect_failure.h"
+#include "line_cutter.h"
+#include "process_usage.h"
+#include "store_test.h"
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace transfer_test {
+
+namespace {
+
+constexpr std::int32_t overwrite = vfs::modeWrite | vfs::modeOverwrite;
+constexpr std::size_t mebibyte = std::size_t{1} << 20;
+
+class failures_test : public store_test {
+protected:
+    /// Breaks the upload that begins next.
+    void cut_upload(std::size_t bytes, std::size_t lost = 0) {
+        control.fault({{"kind", "cut_upload"},
+                       {"bytes", std::to_string(bytes)},
+                       {"lose", std::to_string(lost)}});
+    }
+
+    /// Opens files and lets them go amid all that a stream can be in the middle of.
+    void leave_files_in_all_states();
+
+    std::array<char, 100> buffer{};
+};
+
+void failures_test::leave_files_in_all_states() {
+    const file_ptr reading = find(L"source");
+    reading->open(vfs::modeRead, 0);
+    ASSERT_EQ(reading->read(buffer.data(), 100), 100U);
+
+    const file_ptr finished = find(L"source");
+    finished->open(vfs::modeRead, 0);
+    content all;
+    ASSERT_TRUE(read_all(*finished, all, steps_of({100'000})).complete);
+
+    control.fault({{"kind", "cut_download"}, {"bytes", "1000"}});
+    const file_ptr broken = find(L"source");
+    broken->open(vfs::modeRead, 0);
+    content some(1'000'000);
+    expect_failure(L"Read failed", broken_line, [&] { broken->read(some.data(), 1'000'000); });
+
+    control.fault({{"kind", "cut_download"}, {"bytes", "0"}});
+    const file_ptr unopened = find(L"source");
+    expect_failure(L"Open failed", broken_line, [&] { unopened->open(vfs::modeRead, 0); });
+
+    const file_ptr writing = find(L"target");
+    writing->open(overwrite, 0);
+    ASSERT_EQ(writing->write(buffer.data(), 100), 100U);
+
+    const file_ptr aborted = find(L"source");
+    aborted->open(vfs::modeRead, 0);
+    aborted->close(0);
+
+    cut_upload(1'000, 500);
+    const file_ptr resumed = find(L"target");
+    resumed->open(overwrite, 0);
+    EXPECT_TRUE(write_all(*resumed, make_content(6 * mebibyte, 1), steps_of({99'999}), 1).complete);
+}
+
+} // namespace
+
+TEST_F(failures_test, a_line_that_breaks_between_two_calls_loses_nothing) {
+    const content data = make_content(4 * mebibyte + 1, 1);
+    line_cutter cutter;
+    const file_ptr file = create(L"file", data.size());
+    const std::span sent(data);
+    ASSERT_TRUE(write_all(*file, sent.first(700'001), steps_of({10'001})).complete);
+    cutter.cut_now();
+    const auto written = write_all(*file, sent.subspan(700'001), steps_of({10'001}), 1);
+    ASSERT_TRUE(written.complete);
+    EXPECT_EQ(written.failures, 1);
+    file->close(0);
+
+    const file_ptr listed = find(L"file");
+    listed->open(vfs::modeRead, 0);
+    content read(700'001);
+    ASSERT_EQ(listed->read(read.data(), 700'001), 700'001U);
+    cutter.cut_now();
+    const auto outcome = read_all(*listed, read, steps_of({10'001}), 1);
+    ASSERT_TRUE(outcome.complete);
+    EXPECT_EQ(outcome.failures, 1);
+    listed->close(0);
+    EXPECT_TRUE(read == data);
+}
+
+TEST_F(failures_test, an_upload_goes_on_as_far_back_as_its_history_reaches) {
+    const content data = make_content(36 * mebibyte, 2);
+    const file_ptr file = store(L"file", content{'o', 'l', 'd'});
+    cut_upload(22 * mebibyte, 8 * mebibyte);
+    file->open(overwrite, 0);
+    const auto outcome = write_all(*file, data, steps_of({200'000}), 1);
+    ASSERT_TRUE(outcome.complete);
+    EXPECT_EQ(outcome.failures, 1);
+    file->close(0);
+    ASSERT_TRUE(fetch(L"file") == data);
+
+    cut_upload(22 * mebibyte, 21 * mebibyte);
+    file->open(overwrite, 0);
+    const auto lost = write_all(*file, data, steps_of({200'000}), 3);
+    EXPECT_FALSE(lost.complete);
+    EXPECT_EQ(lost.failures, 4);
+    EXPECT_THROW(file->close(0), vfs::exception);
+    EXPECT_TRUE(fetch(L"file") == data) << "a refused upload changed the file";
+}
+
+TEST_F(failures_test, bytes_that_the_server_holds_already_must_be_repeated) {
+    const content data = make_content(20 * mebibyte, 3);
+    const content other = make_content(20 * mebibyte, 4);
+    const file_ptr file = store(L"file", content{'o', 'l', 'd'});
+    cut_upload(2 * mebibyte + 1);
+    file->open(overwrite, 0);
+    // One call that the server has seen a part of when it fails.
+    expect_failure(L"Write failed", broken_line, [&] { file->write(data.data(), 20 * mebibyte); });
+    EXPECT_EQ(file->get_pos(), 0);
+    expect_failure(L"Write failed", broken_line, [&] { file->write(other.data(), 20 * mebibyte); });
+    EXPECT_EQ(file->write(data.data(), 20 * mebibyte), 20 * mebibyte);
+    file->close(0);
+    EXPECT_TRUE(fetch(L"file") == data);
+}
+
+TEST_F(failures_test, an_upload_whose_last_bytes_are_missing_is_refused) {
+    const content data = make_content(60'000, 5);
+    const file_ptr file = store(L"file", content{'o', 'l', 'd'});
+    cut_upload(59'990);
+    file->open(overwrite, 60'000);
+    ASSERT_TRUE(write_all(*file, data, steps_of({16'384})).complete);
+    for (int i = 0; i < 2; ++i) {
+        try {
+            file->close(0);
+            ADD_FAILURE() << "accepted without its last bytes";
+        } catch (const vfs::exception& failure) {
+            EXPECT_EQ(failure.get_name(), L"Upload failed");
+        }
+    }
+    EXPECT_EQ(fetch(L"file"), (content{'o', 'l', 'd'}));
+    file->open(overwrite, 60'000);
+    ASSERT_TRUE(write_all(*file, data, steps_of({16'384})).complete);
+    file->close(0);
+    EXPECT_TRUE(fetch(L"file") == data);
+}
+
+TEST_F(failures_test, a_server_that_pauses_or_drops_its_session_costs_no_byte) {
+    const content data = make_content(13 * mebibyte, 6);
+    const auto strike = [this](const std::string& kind) {
+        control.fault({{"kind", kind}, {"bytes", "50000"}, {"seconds", "1"}});
+    };
+    for (const std::string kind : {"stall", "cut_control"}) {
+        const int breaks = kind == "stall" ? 0 : 1;
+        const auto name = std::wstring(kind.begin(), kind.end());
+        strike(kind);
+        const file_ptr file = create(name, data.size());
+        EXPECT_TRUE(write_all(*file, data, steps_of({16'384}), breaks).complete);
+        file->close(0);
+        strike(kind);
+        content read;
+        const file_ptr listed = find(name);
+        listed->open(vfs::modeRead, 0);
+        const auto outcome = read_all(*listed, read, steps_of({16'384}), breaks);
+        EXPECT_EQ(outcome.failures, breaks);
+        listed->close(0);
+        EXPECT_TRUE(read == data);
+    }
+}
+
+TEST_F(failures_test, files_that_go_away_leave_no_handle_or_thread) {
+    store(L"source", make_content(5 * mebibyte, 7));
+    store(L"target", {});
+    const auto leave_files = [this] {
+        leave_files_in_all_states();
+        // The folder's last listing holds its files too.
+        folder->get_items();
+    };
+    for (int warm_up = 0; warm_up < 2; ++warm_up) {
+        leave_files();
+    }
+    const process_usage before = read_process_usage();
+    constexpr int rounds = 6;
+    for (int round = 0; round < rounds && !HasFailure(); ++round) {
+        leave_files();
+    }
+    const process_usage after = wait_for_threads(before.threads);
+    EXPECT_LE(after.threads, before.threads);
+    // Pooled handles may have a connection more or less; a leak would show in each round.
+    EXPECT_LT(after.handles, before.handles + rounds);
+}
+
+} // namespace transfer_test

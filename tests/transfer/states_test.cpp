@@ -1,0 +1,211 @@
+#include "expect_failure.h"
+#include "store_test.h"
+
+#include "vfs_quilldeck/transfer_stream.h"
+
+#include <array>
+#include <ctime>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace transfer_test {
+
+namespace {
+
+using vfs_quilldeck::transfer_stream;
+
+constexpr std::int32_t overwrite = vfs::modeWrite | vfs::modeOverwrite;
+
+class states_test : public store_test {
+protected:
+    /// The requests of this action since the last reset.
+    std::vector<support::logged_request> requests_of(const std::string& action) {
+        auto found = control.log();
+        std::erase_if(found, [&](const auto& one) { return one.value_of("action") != action; });
+        return found;
+    }
+
+    /// What the server holds at the location of the last upload that was closed.
+    std::uintmax_t size_at_last_location() {
+        const std::string location =
+            requests_of("close_file_upload").back().value_of("temp_location");
+        // The slash may travel escaped: the rest is a letter and 32 digits.
+        return std::filesystem::file_size(path_of("/" + location.substr(location.size() - 33)));
+    }
+
+    std::int64_t data_connections() { return control.stats()["ftp_data_connections"]; }
+
+    std::array<char, 100> buffer{};
+};
+
+} // namespace
+
+TEST_F(states_test, opening_refuses_what_a_remote_file_does_not_offer) {
+    store(L"file", make_content(100'000, 1));
+    const file_ptr file = find(L"file");
+    control.reset();
+    for (const std::int32_t mode : {3, 7, 2, 4, 5}) {
+        expect_failure(L"Open failed", L"Invalid open mode", [&] { file->open(mode, 0); });
+        EXPECT_EQ(file->get_open_mode(), 0);
+    }
+    EXPECT_EQ(requests_of("open_file_download").size(), 5U);
+    EXPECT_TRUE(requests_of("open_file_upload").empty());
+
+    file->open(vfs::modeRead, 0);
+    EXPECT_EQ(file->get_open_mode(), vfs::modeRead);
+    expect_failure(L"Open failed", L"File already opened", [&] { file->open(vfs::modeRead, 0); });
+    // The stream that was open goes on.
+    EXPECT_EQ(file->read(buffer.data(), 100), 100U);
+    file->close(0);
+    EXPECT_EQ(file->get_open_mode(), 0);
+
+    transfer_stream stream(client->get_transfer_account());
+    for (const int mode : {transfer_stream::reading, transfer_stream::writing}) {
+        expect_failure(L"Open failed", broken_line, [&] { stream.open("/f00", mode); });
+        EXPECT_EQ(stream.get_mode(), transfer_stream::closed);
+    }
+    expect_failure(L"Internal error",
+                   L"Wrong file open mode: only modeWrite|modeOverwrite is supported",
+                   [&] { folder->create_and_open_file(L"other", vfs::modeRead, 0); });
+}
+
+TEST_F(states_test, calls_in_the_wrong_state_fail_with_their_texts) {
+    store(L"file", make_content(100'000, 1));
+    const file_ptr file = find(L"file");
+    const auto expect_closed = [&] {
+        expect_failure(L"Read failed", L"File not opened", [&] { file->read(buffer.data(), 1); });
+        expect_failure(L"Write failed", L"File not opened", [&] { file->write(buffer.data(), 1); });
+        expect_failure(L"Read failed", L"buffer is NULL", [&] { file->read(nullptr, 1); });
+        expect_failure(L"Write failed", L"buffer is NULL", [&] { file->write(nullptr, 1); });
+        expect_failure(L"Close failed", L"File is not opened", [&] { file->close(0); });
+    };
+    expect_closed();
+    file->open(vfs::modeRead, 0);
+    expect_failure(L"Write failed", L"Incorrect file mode", [&] { file->write(buffer.data(), 1); });
+    expect_failure(L"Read failed", L"buffer is NULL", [&] { file->read(nullptr, 1); });
+    EXPECT_EQ(file->read(buffer.data(), 100), 100U);
+    file->close(0);
+    expect_closed();
+    file->open(overwrite, 1);
+    expect_failure(L"Read failed", L"Incorrect file mode", [&] { file->read(buffer.data(), 1); });
+    EXPECT_EQ(file->write(buffer.data(), 100), 100U);
+    file->close(0);
+    EXPECT_EQ(fetch(L"file").size(), 100U);
+    expect_failure(L"Internal error", L"file::is_bof(): Operation not implemented",
+                   [&] { file->is_bof(); });
+}
+
+TEST_F(states_test, closing_an_upload_records_its_time_and_size) {
+    const std::time_t before = std::time(nullptr);
+    const file_ptr file = create(L"file");
+    control.reset();
+    file->close(0);
+    EXPECT_GE(file->get_modification_date(), before);
+    EXPECT_LE(file->get_modification_date(), std::time(nullptr));
+    EXPECT_EQ(find(L"file")->get_modification_date(), file->get_modification_date());
+    EXPECT_EQ(fetch(L"file"), content());
+    const auto first = requests_of("close_file_upload").at(0);
+    EXPECT_EQ(first.value_of("file_size"), "0");
+    EXPECT_EQ(first.body.find("action=close_file_upload&file_id="), 0U);
+    const std::array<std::string, 5> order = {"&temp_location=", "&file_time=", "&file_size=0",
+                                              "&is_pro=0", "&"};
+    std::size_t at = 0;
+    for (const std::string& part : order) {
+        at = first.body.find(part, at + 1);
+        ASSERT_NE(at, std::string::npos) << part << " in " << first.body;
+    }
+
+    file->open(overwrite, 3);
+    EXPECT_EQ(requests_of("open_file_upload").at(0).value_of("size"), "3");
+    EXPECT_EQ(file->write("abc", 3), 3U);
+    file->close(12'345);
+    EXPECT_EQ(file->get_size(), 3);
+    EXPECT_EQ(file->get_modification_date(), 12'345);
+    EXPECT_EQ(find(L"file")->get_modification_date(), 12'345);
+    EXPECT_EQ(fetch(L"file"), (content{'a', 'b', 'c'}));
+}
+
+TEST_F(states_test, a_file_can_be_rewound_and_no_more) {
+    const content data = make_content(100'000, 2);
+    store(L"file", data);
+    const file_ptr file = find(L"file");
+    file->open(vfs::modeRead, 0);
+    file->seek(0, 0);
+    control.reset();
+    ASSERT_EQ(file->read(buffer.data(), 5), 5U);
+    file->seek(5, 0);
+    file->seek(0, 1);
+    EXPECT_EQ(data_connections(), 0);
+    const std::vector<std::pair<int, int>> refused = {{4, 0}, {1, 1}, {0, 2}, {-1, 1}};
+    for (const auto& [offset, origin] : refused) {
+        expect_failure(L"Internal error", L"file::seek(): Operation not implemented",
+                       [&] { file->seek(offset, origin); });
+    }
+    EXPECT_EQ(file->get_pos(), 5);
+    ASSERT_EQ(file->read(buffer.data(), 1), 1U);
+    EXPECT_EQ(static_cast<unsigned char>(buffer[0]), data[5]);
+
+    file->seek(0, 0);
+    EXPECT_EQ(data_connections(), 1);
+    EXPECT_EQ(file->get_pos(), 6);
+    content again;
+    EXPECT_TRUE(read_all(*file, again, steps_of({7'777})).complete);
+    EXPECT_TRUE(again == data);
+    control.fault({{"kind", "cut_download"}, {"bytes", "0"}});
+    expect_failure(L"Seek error", broken_line, [&] { file->seek(0, 0); });
+    file->close(0);
+}
+
+TEST_F(states_test, the_end_is_told_once_all_bytes_are_delivered) {
+    const content data = make_content(1'000'001, 3);
+    store(L"file", data);
+    store(L"empty", {});
+    const file_ptr file = find(L"file");
+    EXPECT_FALSE(file->is_eof());
+    file->open(vfs::modeRead, 0);
+    EXPECT_FALSE(file->is_eof());
+    content read(data.size() - 1);
+    ASSERT_EQ(file->read(read.data(), static_cast<std::uint32_t>(read.size())), read.size());
+    EXPECT_FALSE(file->is_eof());
+    EXPECT_EQ(file->read(buffer.data(), 100), 1U);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(file->is_eof());
+        EXPECT_EQ(file->read(buffer.data(), 100), 0U);
+    }
+    EXPECT_EQ(file->get_pos(), std::ssize(data));
+    file->close(0);
+    EXPECT_FALSE(file->is_eof());
+
+    const file_ptr empty = find(L"empty");
+    empty->open(vfs::modeRead, 0);
+    EXPECT_EQ(empty->read(buffer.data(), 100), 0U);
+    EXPECT_TRUE(empty->is_eof());
+    empty->close(0);
+    empty->open(overwrite, 0);
+    EXPECT_FALSE(empty->is_eof());
+    empty->close(0);
+}
+
+// libcurl leaves its appending on in the handle of a resumed upload.
+TEST_F(states_test, an_upload_that_starts_over_does_not_append) {
+    const content data = make_content(13'000'000, 4);
+    control.fault({{"kind", "cut_upload"}, {"bytes", "100000"}});
+    const file_ptr file = create(L"file", data.size());
+    const auto outcome = write_all(*file, data, steps_of({100'001}), 1);
+    ASSERT_TRUE(outcome.complete);
+    ASSERT_EQ(outcome.failures, 1);
+    file->seek(0, 0);
+    ASSERT_TRUE(write_all(*file, std::span(data).first(300'000), steps_of({16'384})).complete);
+    // A rewind leaves the position, so this size is told, and is not what arrived.
+    EXPECT_EQ(file->get_pos(), 13'300'000);
+    EXPECT_THROW(file->close(0), vfs::exception);
+    EXPECT_EQ(size_at_last_location(), 300'000U);
+
+    file->open(overwrite, 0);
+    ASSERT_TRUE(write_all(*file, std::span(data).first(200'000), steps_of({16'384})).complete);
+    file->close(0);
+    EXPECT_TRUE(fetch(L"file") == content(data.begin(), data.begin() + 200'000));
+}
+
+} // namespace transfer_test
