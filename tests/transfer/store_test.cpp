@@ -22,18 +22,18 @@ std::string variable(store_kind kind, const std::string& name) {
     return support::environment(("QUILLDECK_TEST_" + prefix + name).c_str());
 }
 
-/// The folder that the store's ready file names as that of its locations.
-std::filesystem::path read_locations_folder(store_kind kind) {
+std::string read_ready_file(store_kind kind) {
     std::ifstream ready("Z:" + variable(kind, "READY"));
-    const std::string text((std::istreambuf_iterator<char>(ready)),
-                           std::istreambuf_iterator<char>());
-    const std::string key = "\"incoming\": \"";
-    const std::size_t at = text.find(key);
+    return {std::istreambuf_iterator<char>(ready), std::istreambuf_iterator<char>()};
+}
+
+/// The text behind a key of the ready file.
+std::string text_after(const std::string& ready, const std::string& key) {
+    const std::size_t at = ready.find("\"" + key + "\": ");
     if (at == std::string::npos) {
-        throw std::runtime_error("the ready file names no folder");
+        throw std::runtime_error("the ready file does not tell " + key);
     }
-    const std::size_t from = at + key.size();
-    return "Z:" + text.substr(from, text.find('"', from) - from);
+    return ready.substr(at + key.size() + 4);
 }
 
 std::shared_ptr<vfs_quilldeck::client> client_of(store_kind kind) {
@@ -52,7 +52,9 @@ std::shared_ptr<vfs_quilldeck::client> client_of(store_kind kind) {
 store_test::store_test(store_kind kind)
     : service_url(variable(kind, "HTTPS_URL")), control(service_url), client(client_of(kind)),
       root_(std::dynamic_pointer_cast<vfs::directory>(client->get_root())),
-      locations_(read_locations_folder(kind)) {
+      ready_(read_ready_file(kind)) {
+    const std::string quoted = text_after(ready_, "incoming");
+    locations_ = "Z:" + quoted.substr(1, quoted.find('"', 1) - 1);
     control.reset();
     static int number = 0;
     folder = std::dynamic_pointer_cast<vfs::directory>(root_->create_directory(
@@ -60,8 +62,10 @@ store_test::store_test(store_kind kind)
 }
 
 store_test::~store_test() {
-    control.reset();
-    root_->delete_item(folder, false);
+    if (tidy_) {
+        control.reset();
+        root_->delete_item(folder, false);
+    }
 }
 
 void store_test::TearDown() {
@@ -104,6 +108,10 @@ std::string store_test::open_upload(const vfs::file& file) {
 
 std::filesystem::path store_test::path_of(const std::string& location) const {
     return locations_ / location.substr(1);
+}
+
+unsigned long store_test::store_process() const {
+    return std::stoul(text_after(ready_, "pid"));
 }
 
 std::string name_of_store(const testing::TestParamInfo<store_kind>& info) {

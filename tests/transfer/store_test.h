@@ -43,6 +43,12 @@ protected:
     /// Where the bytes of a location lie on the server's disk.
     std::filesystem::path path_of(const std::string& location) const;
 
+    /// The id of the store's process.
+    unsigned long store_process() const;
+
+    /// For a test that ends the store: there is nothing to tidy up afterwards.
+    void folder_goes_with_store() { tidy_ = false; }
+
     const std::string service_url;
     support::store_control control;
     std::shared_ptr<vfs_quilldeck::client> client;
@@ -50,7 +56,10 @@ protected:
 
 private:
     std::shared_ptr<vfs::directory> root_;
+    /// What the store tells of itself, as JSON.
+    std::string ready_;
     std::filesystem::path locations_;
+    bool tidy_ = true;
 };
 
 /// The same test against both file servers.

@@ -1,0 +1,62 @@
+#include "expect_failure.h"
+#include "store_test.h"
+
+#include "utils/unique_handle.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <string>
+
+namespace transfer_test {
+
+namespace {
+
+class dead_store_test : public store_test {
+protected:
+    dead_store_test() { folder_goes_with_store(); }
+
+    /// Ends the store's processes. They are none of this system, so its own shell does it.
+    void end_store() {
+        std::wstring command = L"sh -c \"kill -TERM " + std::to_wstring(store_process()) + L"\"";
+        STARTUPINFOW startup{};
+        startup.cb = sizeof(startup);
+        PROCESS_INFORMATION process{};
+        ASSERT_TRUE(CreateProcessW(L"Z:\\bin\\sh", command.data(), nullptr, nullptr, FALSE, 0,
+                                   nullptr, nullptr, &startup, &process));
+        CloseHandle(process.hThread);
+        const utils::unique_handle owner(process.hProcess);
+        WaitForSingleObject(owner.get(), INFINITE);
+    }
+};
+
+} // namespace
+
+TEST_F(dead_store_test, open_files_fail_and_can_be_let_go) {
+    const content data = make_content(24'000'000, 1);
+    store(L"file", data);
+    const file_ptr reading = find(L"file");
+    const file_ptr left = find(L"file");
+    const file_ptr writing = create(L"new");
+    reading->open(vfs::modeRead, 0);
+    left->open(vfs::modeRead, 0);
+    content buffer(100'000);
+    ASSERT_EQ(reading->read(buffer.data(), 100'000), 100'000U);
+    ASSERT_EQ(writing->write(buffer.data(), 100'000), 100'000U);
+    end_store();
+
+    content rest;
+    const auto read = read_all(*reading, rest, steps_of({100'000}), 3);
+    EXPECT_FALSE(read.complete);
+    EXPECT_EQ(read.failures, 4);
+    EXPECT_TRUE(std::equal(rest.begin(), rest.end(), data.begin() + 100'000));
+    EXPECT_FALSE(write_all(*writing, data, steps_of({100'000}), 3).complete);
+    for (const file_ptr& file : {reading, writing}) {
+        expect_failure(L"Request failed", broken_line, [&] { file->close(0); });
+        // The transfer is over, but nobody has been told: another close tries again.
+        EXPECT_NE(file->get_open_mode(), 0);
+    }
+    expect_failure(L"Request failed", broken_line, [&] { find(L"file"); });
+}
+
+} // namespace transfer_test
