@@ -3,6 +3,8 @@
 
 #include "vfs_quilldeck/curl_descriptor_cache.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 #include <thread>
 #include <utility>
@@ -77,16 +79,16 @@ TEST_P(bytes_test, small_files_follow_each_other_on_one_handle_and_one_login) {
     control.reset();
     const auto before = vfs_quilldeck::transfer_descriptor_cache.get_usage();
     const bool newest = support::environment("QUILLDECK_TEST_TLS_MAX") == "1.3";
-    const int files = counted && newest ? 200 : 40;
-    for (int i = 0; i < files; ++i) {
-        const auto size = static_cast<std::size_t>(4'000 + i);
+    const std::size_t files = counted && newest ? 200 : 40;
+    for (std::size_t i = 0; i < files; ++i) {
+        const std::size_t size = 4'000 + i;
         const std::wstring name = L"small " + std::to_wstring(i);
         const content data = make_content(size, size);
         const file_ptr file = create(name, size);
         ASSERT_TRUE(write_all(*file, data, steps_of({16'384})).complete);
         file->close(0);
     }
-    int equal = 0;
+    std::size_t equal = 0;
     for (const vfs::item_ptr& item : folder->get_items()) {
         const auto file = std::dynamic_pointer_cast<vfs::file>(item);
         if (!file->get_name().starts_with(L"small")) {
@@ -97,7 +99,7 @@ TEST_P(bytes_test, small_files_follow_each_other_on_one_handle_and_one_login) {
         ASSERT_TRUE(read_all(*file, read, steps_of({16'384})).complete);
         file->close(0);
         const std::size_t size = 4'000 + std::stoul(file->get_name().substr(6));
-        equal += read == make_content(size, size) ? 1 : 0;
+        equal += read == make_content(size, size) ? 1U : 0U;
     }
     EXPECT_EQ(equal, files);
     EXPECT_EQ(vfs_quilldeck::transfer_descriptor_cache.get_usage().entries, before.entries);
@@ -105,7 +107,7 @@ TEST_P(bytes_test, small_files_follow_each_other_on_one_handle_and_one_login) {
         auto counters = control.stats();
         EXPECT_EQ(counters["ftp_logins"], 0);
         EXPECT_EQ(counters["https_connections"], 1);
-        EXPECT_EQ(counters["ftp_data_connections"], 2 * files);
+        EXPECT_EQ(counters["ftp_data_connections"], static_cast<std::int64_t>(2 * files));
     }
 }
 
