@@ -47,6 +47,7 @@ TEST_F(remote_directory, asks_the_store_only_where_its_cache_cannot_answer) {
 
     folder->rename_item(L"second", L"Third");
     EXPECT_EQ(second->get_name(), L"Second");
+    EXPECT_THROW(folder->find_item_by_name(L"Second", false), vfs::item_not_found_exception);
     EXPECT_EQ(folder->find_item_by_name(L"Third", false)->get_id(), second->get_id());
     EXPECT_EQ(asked(), "rename_dir list_dir");
 
@@ -146,7 +147,7 @@ TEST_F(remote_directory, gives_items_that_outlive_it) {
     }
     const auto documents = std::ranges::find(items, L"Documents", &vfs::item::get_name);
     ASSERT_NE(documents, items.end());
-    const vfs::item_ptr kept = *documents;
+    const vfs::item_ptr kept = std::move(*documents);
     items.clear();
     EXPECT_EQ(kept->get_path(), L"Documents");
     EXPECT_FALSE(dynamic_cast<vfs::directory&>(*kept).get_items().empty());
@@ -183,6 +184,7 @@ TEST_F(remote_directory, copies_and_moves_files_inside_the_store) {
     file.write("1234", 4);
     file.close(1'000'000'000);
     EXPECT_EQ(file.get_modification_date(), 1'000'000'000);
+    EXPECT_EQ(file.get_open_mode() + file.get_pos(), 0);
     control.reset();
     file.copy(to, false);
     EXPECT_THROW(file.copy(to, false), vfs::item_already_exists_exception);

@@ -144,11 +144,19 @@ TEST_F(failure, of_any_request_leaves_everything_as_it_was) {
 
 TEST_F(failure, of_one_attempt_or_two_is_not_seen) {
     client session = sign_in();
-    for (int drops = 1; drops <= 2; ++drops) {
+    // libcurl asks once more by itself when a connection that it kept turns out to be dead:
+    // attempts can be counted once there is none.
+    for (int i = 0; i < 2; ++i) {
+        control.reset();
+        control.fault({{"kind", "drop"}, {"count", "100"}});
+        EXPECT_EQ(failure_of([&] { session.get_storage_info(); }), request_failed);
+    }
+    EXPECT_EQ(control.log().size(), 3u);
+    for (const std::size_t drops : {2U, 1U}) {
         control.reset();
         control.fault({{"kind", "drop"}, {"count", std::to_string(drops)}});
         EXPECT_GT(session.get_storage_info().capacity, 0);
-        EXPECT_EQ(control.log().size(), static_cast<std::size_t>(drops) + 1);
+        EXPECT_EQ(control.log().size(), drops + 1);
     }
     // A reply that arrived is never asked for again, whatever it is.
     for (const auto kind : {"garbage", "error"}) {
@@ -157,12 +165,6 @@ TEST_F(failure, of_one_attempt_or_two_is_not_seen) {
         EXPECT_THROW(session.get_storage_info(), exception);
         EXPECT_EQ(control.log().size(), 1u);
     }
-    control.reset();
-    control.fault({{"kind", "drop"}, {"count", "100"}});
-    EXPECT_EQ(failure_of([&] { session.get_storage_info(); }), request_failed);
-    // libcurl asks once more by itself when a connection that it kept turns out to be dead.
-    const std::size_t attempts = control.log().size();
-    EXPECT_TRUE(attempts == 3 || attempts == 4) << attempts;
 }
 
 TEST_F(failure, is_what_a_repeated_request_says_when_only_its_answer_was_lost) {

@@ -36,7 +36,7 @@ struct handle_list {
 };
 
 std::size_t count_handles() {
-    const auto query = reinterpret_cast<query_system_information>(reinterpret_cast<void*>(
+    const auto query = reinterpret_cast<query_system_information>(reinterpret_cast<void (*)()>(
         GetProcAddress(GetModuleHandleW(L"ntdll"), "NtQuerySystemInformation")));
     std::vector<std::max_align_t> room(1U << 16U);
     LONG status = 0;

@@ -52,7 +52,7 @@ protected:
 
 /// Name and description of the failure that an operation throws, "none" without one.
 template <class Operation>
-std::wstring failure_of(Operation operation) {
+std::wstring failure_of(const Operation& operation) {
     try {
         operation();
     } catch (const vfs::exception& failure) {

@@ -43,7 +43,7 @@ public:
 
 private:
     static constexpr std::int64_t limit = upload_log::history_limit;
-    static constexpr std::int64_t chunk = 64 * 1024;
+    static constexpr std::int64_t chunk = std::int64_t{64} * 1024;
 
     static void require(bool holds, const char* what) {
         if (!holds) {
