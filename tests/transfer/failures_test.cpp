@@ -197,6 +197,6 @@ TEST_F(failures_test, files_that_go_away_leave_no_handle_or_thread) {
     EXPECT_LE(after.threads, before.threads);
     // Pooled handles may have a connection more or less; a leak would show in each round.
     EXPECT_LT(after.handles, before.handles + rounds);
-     }
+}
 
 } // namespace transfer_test
