@@ -1,0 +1,199 @@
+#include "second_process.h"
+#include "serializer/exceptions.h"
+#include "serializer/file_cache.h"
+#include "serializer/file_serializer.h"
+
+#include <gtest/gtest.h>
+#include <utf8.h>
+
+#include <chrono>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <thread>
+
+namespace serializer {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Held open by another program, which lets others do what `sharing` names.
+utils::unique_handle hold(const fs::path& path, DWORD sharing) {
+    return utils::unique_handle(
+        CreateFileW(path.c_str(), GENERIC_WRITE, sharing, nullptr, OPEN_ALWAYS, 0, nullptr));
+}
+
+node make_tree(const std::wstring& value) {
+    node tree(L"settings", L"");
+    tree.add_child(L"key", value);
+    return tree;
+}
+
+void expect_failure(const std::function<void()>& operation, const std::string& where,
+                    const std::string& text) {
+    try {
+        operation();
+        ADD_FAILURE() << "no failure";
+    } catch (const serializer_exception& raised) {
+        const std::string what = raised.what();
+        EXPECT_NE(what.find("serializer::file_serializer::" + where + "("), std::string::npos);
+        EXPECT_TRUE(what.ends_with("): " + text)) << what;
+    }
+}
+
+class file_serializer_test : public testing::Test {
+protected:
+    file_serializer_test() {
+        fs::remove_all(folder_);
+        fs::create_directories(folder_);
+    }
+
+    ~file_serializer_test() override { fs::remove_all(folder_); }
+
+    fs::path file(const wchar_t* suffix = L"") const {
+        return folder_ / (std::wstring(L"s\u00E4ttings.xml") + suffix);
+    }
+
+    void write(const std::string& text, std::chrono::seconds age = {}) const {
+        std::ofstream(file(), std::ios::binary) << text;
+        fs::last_write_time(file(), fs::file_time_type::clock::now() - age);
+    }
+
+    std::string bytes(const wchar_t* suffix = L"") const {
+        std::ifstream in(file(suffix), std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
+
+    node load() const { return file_serializer::load_cached(file()); }
+
+    void save(const std::wstring& value, bool keep_backup = false) const {
+        file_serializer::save_cached(file(), make_tree(value), keep_backup);
+    }
+
+private:
+    fs::path folder_ = fs::temp_directory_path() / L"serializer_test \u00FC";
+};
+
+TEST_F(file_serializer_test, leaves_a_file_alone_that_it_cannot_read) {
+    EXPECT_THROW(load(), fs::filesystem_error);
+    const std::string huge = "<a>" + std::string(8'000'000, 'x');
+    for (const std::string& text : {std::string(), std::string("<a><b>1</b><b"), huge}) {
+        write(text);
+        EXPECT_THROW(load(), wrong_format_exception);
+        EXPECT_THROW(load(), wrong_format_exception) << "a failure is not remembered as a tree";
+        EXPECT_EQ(bytes(), text);
+    }
+    write("<a>\xC4</a>");
+    EXPECT_THROW(load(), utf8::exception);
+    write("<a>1</a>");
+    {
+        const auto writer = hold(file(), FILE_SHARE_READ | FILE_SHARE_WRITE);
+        expect_failure([this] { load(); }, "load_cached", "Stream can not be opened for reading");
+    }
+    EXPECT_EQ(load(), node(L"a", L"1"));
+}
+
+TEST_F(file_serializer_test, keeps_the_old_file_when_a_step_fails) {
+    save(L"old");
+    const std::string old = bytes();
+    for (const bool keep_backup : {false, true}) {
+        for (const auto* held : {L".tmp", L".bak", L""}) {
+            {
+                const auto other = hold(file(held), 0);
+                const auto saving = [&] {
+                    save(L"new", keep_backup);
+                };
+                if (std::wstring(held) == L".tmp") {
+                    expect_failure(saving, "save_cached", "Stream can not be opened for writing");
+                } else {
+                    EXPECT_THROW(saving(), fs::filesystem_error);
+                }
+            }
+            EXPECT_EQ(bytes(), old);
+            EXPECT_EQ(load(), make_tree(L"old"));
+            fs::remove(file(L".bak"));
+        }
+    }
+    EXPECT_THROW(save(L"\xDC00"), utf8::invalid_utf16);
+    EXPECT_EQ(bytes(), old);
+    // What failed is not taken for saved.
+    save(L"new", true);
+    EXPECT_EQ(load(), make_tree(L"new"));
+    EXPECT_EQ(bytes(L".bak"), old);
+    save(L"newer");
+    EXPECT_FALSE(fs::exists(file(L".bak")));
+    EXPECT_FALSE(fs::exists(file(L".tmp")));
+}
+
+TEST_F(file_serializer_test, always_has_a_whole_file_when_its_process_dies) {
+    save(std::wstring(200'000, L'0'));
+    for (int round = 0; round < 12; ++round) {
+        const support::second_process other;
+        ASSERT_EQ(other.ask(utf8::utf16to8(file().u16string())), "ok");
+        std::this_thread::sleep_for(std::chrono::milliseconds(7 * round + 3));
+        other.kill();
+        ASSERT_EQ(load().get_child_value(L"key", L"").size(), 200'000u);
+    }
+}
+
+TEST_F(file_serializer_test, reads_and_writes_only_what_changed) {
+    using std::chrono::hours;
+    write("<a>1</a>", hours(2));
+    EXPECT_EQ(load(), node(L"a", L"1"));
+    write("<a>2</a>", hours(2));
+    EXPECT_EQ(load(), node(L"a", L"1")) << "the same time: it is not read";
+    write("<a>2</a>", hours(1));
+    EXPECT_EQ(load(), node(L"a", L"2"));
+    // Two writes of others within one second, the second of which the time does not show.
+    write("<a>3</a>");
+    EXPECT_EQ(load(), node(L"a", L"3"));
+    write("<a>4</a>");
+    EXPECT_EQ(load(), node(L"a", L"4"));
+
+    save(L"x");
+    fs::last_write_time(file(), fs::file_time_type::clock::now() - hours(1));
+    const auto time = fs::last_write_time(file());
+    save(L"x");
+    EXPECT_EQ(fs::last_write_time(file()), time) << "an unchanged tree is not written";
+    fs::remove(file());
+    save(L"x");
+    EXPECT_EQ(load(), make_tree(L"x"));
+    // A file that somebody else wrote before an unchanged save is not taken for that tree.
+    write("<a>5</a>", hours(1));
+    save(L"x");
+    EXPECT_EQ(load(), node(L"a", L"5"));
+}
+
+TEST(file_cache, forgets_what_was_not_used_for_five_minutes) {
+    file_cache files;
+    for (const auto& [path, time] : {std::pair("old", 999), {"kept", 1000}, {"now", 1300}}) {
+        cache_entry& entry = files.find(path);
+        entry.taken(5, 1000);
+        files.used(entry, time);
+    }
+    EXPECT_EQ(files.find("old").modified, -1);
+    EXPECT_TRUE(files.find("kept").is_current(5));
+    EXPECT_FALSE(files.find("kept").is_current(6));
+    EXPECT_TRUE(files.find("now").is_current(5));
+}
+
+/// The second process saves without end until it is killed.
+std::string save_without_end(const std::string& path) {
+    std::thread([file = fs::path(utf8::utf8to16(path))] {
+        for (wchar_t c = L'a';; c = c == L'z' ? L'a' : static_cast<wchar_t>(c + 1)) {
+            file_serializer::save_cached(file, make_tree(std::wstring(200'000, c)), c % 2 == 0);
+        }
+    }).detach();
+    return "ok";
+}
+
+} // namespace
+
+} // namespace serializer
+
+int main(int argc, char** argv) {
+    support::serve_if_second(argc, argv, serializer::save_without_end);
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

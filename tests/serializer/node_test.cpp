@@ -1,0 +1,136 @@
+#include "serializer/exceptions.h"
+#include "serializer/node.h"
+
+#include <gtest/gtest.h>
+#include <utf8.h>
+
+#include <functional>
+#include <iterator>
+#include <random>
+#include <sstream>
+#include <vector>
+
+namespace serializer {
+
+namespace {
+
+std::string text_of(const node& tree) {
+    std::ostringstream out;
+    tree.serialize(out);
+    return out.str();
+}
+
+node read(const std::string& text) {
+    std::istringstream in(text);
+    return node(in);
+}
+
+TEST(node, is_written_and_read_byte_for_byte) {
+    node tree(L"a", L"x<y");
+    tree.add_child(L"c", L"C:\\t");
+    tree.add_child(L"b", L"1");
+    EXPECT_EQ(text_of(tree), "<a>x\\<y<b>1</b><c>C:\\\\t</c></a>");
+    EXPECT_EQ(
+        text_of(node(L"<\\", L"\\<\\> \u00E4\u0800\xFFFF\U0001F600\n")),
+        "<\\<\\\\>\\\\\\<\\\\\\> \xC3\xA4\xE0\xA0\x80\xEF\xBF\xBF\xF0\x9F\x98\x80\n</\\<\\\\>");
+    // What others write: no first bracket or two, lone backslashes, any order, more bytes behind.
+    EXPECT_EQ(read("a>b</a>"), node(L"a", L"b"));
+    node disordered(L"p", L"C:\\temp\\");
+    disordered.add_child(L"a", L"\\<\\");
+    disordered.add_child(L"b", L"2");
+    EXPECT_EQ(read("<p>C:\\temp\\\\<b>2</b><<a>\\\\\\<\\\\</a></p><junk"), disordered);
+}
+
+TEST(node, tells_what_is_wrong_with_a_text) {
+    std::string deep;
+    for (int i = 0; i < node::max_depth; ++i) {
+        deep.insert(0, "<d>").append("</d>");
+    }
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
+        {"object name syntax", {"", "<a", "<a<", "<a\xFF>", "<a>b<", "\xEF\xBB\xBF<a>b</a>"}},
+        {"object value syntax", {"<a>b", "<a>b>", "<a>b\\</a>", "<a>b\xFF</a>"}},
+        {"object subitem syntax", {"<a><b>1</b>x</a>", "<a><b>1</b>"}},
+        {"object close tag name", {"<a>b</c>", "<a>b</"}},
+        {"object close tag syntax", {"<a>b</a", "<a>b</a<"}},
+        {"Object tree is too deep", {"<e>" + deep + "</e>"}},
+    };
+    for (const auto& [failure, texts] : cases) {
+        for (const std::string& text : texts) {
+            try {
+                ADD_FAILURE() << text << " gave " << text_of(read(text));
+            } catch (const wrong_format_exception& raised) {
+                const std::string what = raised.what();
+                EXPECT_EQ(what.find("void serializer::node::deserialize("), 0u) << what;
+                EXPECT_TRUE(what.ends_with(failure)) << text << " gave " << what;
+            }
+        }
+    }
+    EXPECT_EQ(text_of(read(deep)), deep);
+    // UTF-16 instead of UTF-8, a sequence cut short, half a pair.
+    EXPECT_THROW(read("\xFE<\xFE"), utf8::invalid_utf8);
+    EXPECT_THROW(read("<a>\xE2\x82</a>"), utf8::exception);
+    EXPECT_THROW(read("<a>\xED\xA0\x80</a>"), utf8::exception);
+    // What was whole before the fault stays.
+    node tree;
+    std::istringstream broken("<n>v<a>1</a><b>2<c></c></d></n>");
+    EXPECT_THROW(tree.deserialize(broken), wrong_format_exception);
+    EXPECT_EQ(text_of(tree), "<n>v<a>1</a></n>");
+}
+
+TEST(node, finds_the_first_child_of_a_name) {
+    node tree;
+    tree.add_child(L"n", L"1")->second.add_child(L"inner", L"");
+    tree.add_child(L"n", L"2");
+    tree.set_child_value(L"n", L"3");
+    tree.set_child_int(L"low", -2147483647 - 1);
+    EXPECT_EQ(text_of(tree), "<><low>-2147483648</low><n>3<inner></inner></n><n>2</n></>");
+    EXPECT_EQ(tree.get_child_value(L"n", L"none"), L"3");
+    EXPECT_EQ(tree.get_child_value(L"m", L"none"), L"none");
+    EXPECT_EQ(tree.get_child_int(L"low", 7), -2147483647 - 1);
+    for (const auto* text : {L"", L"x", L"1x", L"2147483648", L"99999999999999999999"}) {
+        tree.set_child_value(L"odd", text);
+        EXPECT_EQ(tree.get_child_int(L"odd", -7), -7) << text;
+    }
+}
+
+TEST(node, reads_what_it_wrote_from_any_tree) {
+    std::mt19937 random(1);
+    const std::wstring pieces[] = {L"\\",     L"<",    L">",          L"a",  L"t",
+                                   L"\n",     L" ",    L"&",          L"/",  L"\u00E4",
+                                   L"\u0800", L"\x80", L"\U0001F600", L"\"", std::wstring(1, 0)};
+    const auto text = [&] {
+        std::wstring made;
+        for (auto left = random() % 5; left > 0; --left) {
+            made += pieces[random() % std::size(pieces)];
+        }
+        return made;
+    };
+    bool readable = true;
+    const std::function<void(node&, int)> fill = [&](node& parent, int depth) {
+        for (auto left = depth < 5 ? random() % 4 : 0; left > 0; --left) {
+            const std::wstring name = random() % 2 == 0 ? L"same" : text();
+            readable = readable && !name.starts_with(L'/');
+            fill(parent.add_child(name, text())->second, depth + 1);
+        }
+    };
+    for (int i = 0; i < 1000; ++i) {
+        node tree(text(), text());
+        readable = true;
+        fill(tree, 0);
+        std::stringstream stream;
+        if (!readable) {
+            ASSERT_THROW(tree.serialize(stream), wrong_format_exception);
+            ASSERT_EQ(stream.str(), "");
+            continue;
+        }
+        tree.serialize(stream);
+        stream << "x";
+        const node back(stream);
+        ASSERT_EQ(back, tree) << text_of(tree);
+        ASSERT_EQ(stream.get(), 'x') << "the reader stops behind the element";
+    }
+}
+
+} // namespace
+
+} // namespace serializer
