@@ -1,38 +1,37 @@
 #!/bin/bash
 # bench: build and run the benchmarks
 #
-# bench [transfer [MEGABYTES [REPEATS]] | reply]: runs the release's benchmarks under Wine, one after
-# another in one prefix, against a fresh store and a second one behind vsftpd, and this machine's own
-# curl beside them. Each line has our figure, that of the peer from the same run, and the bound.
+# bench [NAME [ARGUMENTS]]: runs the release's bench_*.exe, or bench_NAME alone, under Wine, one after
+# another, each with a fresh store and a second one behind vsftpd. Each line has our figure, that of
+# the peer from the same run, and the bound. bench transfer MEGABYTES REPEATS is a shorter run; this
+# machine's own curl is shown beside it.
 set -euo pipefail
 . "$ROOT/tools/build/common.sh"
 
 # Within the life of the stores and the prefix.
-transfer() {
-    "$ROOT/tools/build/wine-run" "$ROOT/build/release/bin/bench_transfer.exe" "$@"
-    "$PYTHON" "$ROOT/bench/native_curl.py" "$QUILLDECK_TEST_HTTPS_URL" 'own server' "${@:1:1}"
-    "$PYTHON" "$ROOT/bench/native_curl.py" "$QUILLDECK_TEST_VSFTPD_HTTPS_URL" vsftpd "${@:1:1}"
-}
-reply() {
-    "$PYTHON" "$ROOT/bench/populate.py" "$QUILLDECK_TEST_READY"
-    "$ROOT/tools/build/wine-run" "$ROOT/build/release/bin/bench_reply.exe"
+inside() {
+    local name=$1
+    shift
+    [ "$name" != reply ] || "$PYTHON" "$ROOT/bench/populate.py" "$QUILLDECK_TEST_READY"
+    "$ROOT/tools/build/wine-run" "$ROOT/build/release/bin/bench_$name.exe" "$@"
+    if [ "$name" = transfer ]; then
+        "$PYTHON" "$ROOT/bench/native_curl.py" "$QUILLDECK_TEST_HTTPS_URL" 'own server' "${@:1:1}"
+        "$PYTHON" "$ROOT/bench/native_curl.py" "$QUILLDECK_TEST_VSFTPD_HTTPS_URL" vsftpd "${@:1:1}"
+    fi
 }
 
-case ${1:-} in
---inside)
-    "${@:2}"
+if [ "${1:-}" = --inside ]; then
+    inside "${@:2}"
     exit
-    ;;
-transfer | reply) parts=("$*") ;;
-'') parts=(reply transfer) ;;
-*) die "there is no benchmark $1 (transfer, reply)" ;;
-esac
+fi
 "$ROOT/tools/build/build.sh" release
 status=0
-for part in "${parts[@]}"; do
-    say "measuring $part"
-    # shellcheck disable=SC2086 # the part and its numbers are words of their own
+for program in "$ROOT"/build/release/bin/bench_${1:-*}.exe; do
+    name=${program##*/bench_}
+    name=${name%.exe}
+    [ -e "$program" ] || die "there is no benchmark bench_$name"
+    say "measuring $name"
     "$PYTHON" "$ROOT/tests/support/with_service.py" --vsftpd -- "$ROOT/tools/build/wine-run" --host \
-        "$ROOT/tools/build/bench.sh" --inside $part || status=$?
+        "$ROOT/tools/build/bench.sh" --inside "$name" "${@:2}" || status=$?
 done
 exit "$status"
