@@ -9,7 +9,7 @@ namespace vfs_quilldeck {
 namespace {
 
 TEST(upload_log, gives_a_server_exactly_what_was_written_however_the_line_breaks) {
-    for (unsigned seed = 0; seed < 40; ++seed) {
+    for (unsigned seed = 0; seed < 24; ++seed) {
         std::mt19937 random(seed);
         upload_simulation simulation([&random](std::uint32_t bound) { return random() % bound; });
         ASSERT_NO_THROW({
