@@ -19,7 +19,9 @@ public:
             throw wrong_format_exception(where_, "Object tree is too deep");
         }
         text_ += '<';
+        const std::size_t name_at = text_.size();
         append_token(text_, element.name);
+        const std::size_t name_size = text_.size() - name_at;
         text_ += '>';
         append_token(text_, element.value);
         for (const auto& [key, child] : element) {
@@ -30,7 +32,7 @@ public:
             write(child, depth + 1);
         }
         text_ += "</";
-        append_token(text_, element.name);
+        text_.append(text_, name_at, name_size);
         text_ += '>';
     }
 
@@ -54,21 +56,22 @@ public:
         if (next_is('<')) {
             in_.sbumpc();
         }
-        element.name = read_text();
+        read_text(element.name);
         expect('>', "Incorrect object name syntax");
-        element.value = read_text();
+        read_text(element.value);
         expect('<', "Incorrect object value syntax");
         element.clear();
         while (!next_is('/')) {
             node child;
             read(child, depth + 1);
             // A file is in the order of the tree, so that each child goes to the end.
-            const std::wstring key = child.name;
-            element.emplace_hint(element.end(), key, std::move(child));
+            std::wstring key = child.name;
+            element.emplace_hint(element.end(), std::move(key), std::move(child));
             expect('<', "Incorrect object subitem syntax");
         }
         in_.sbumpc();
-        if (read_text() != element.name) {
+        read_text(close_name_);
+        if (close_name_ != element.name) {
             fail("Incorrect object close tag name");
         }
         expect('>', "Incorrect object close tag syntax");
@@ -85,14 +88,16 @@ private:
         }
     }
 
-    std::wstring read_text() {
+    void read_text(std::wstring& text) {
         read_token(in_, raw_);
-        return decode_token(raw_);
+        decode_token(raw_, text);
     }
 
     std::streambuf& in_;
     const char* where_;
+    // Kept for all elements, so that their memory is.
     std::string raw_;
+    std::wstring close_name_;
 };
 
 } // namespace

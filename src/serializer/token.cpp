@@ -51,7 +51,8 @@ void unescape(std::wstring& text) {
 void append_token(std::string& out, std::wstring_view text) {
     const std::size_t from = out.size();
     if (is_ascii(text)) {
-        std::ranges::transform(text, std::back_inserter(out),
+        out.resize(from + text.size());
+        std::ranges::transform(text, out.begin() + static_cast<std::ptrdiff_t>(from),
                                [](wchar_t c) { return static_cast<char>(c); });
     } else {
         utf8::utf16to8(text.begin(), text.end(), std::back_inserter(out));
@@ -74,17 +75,17 @@ void read_token(std::streambuf& in, std::string& raw) {
     }
 }
 
-std::wstring decode_token(std::string_view raw) {
-    std::wstring text;
+void decode_token(std::string_view raw, std::wstring& text) {
+    text.clear();
     if (is_ascii(raw)) {
-        text.assign(raw.begin(), raw.end());
+        text.resize(raw.size());
+        std::ranges::copy(raw, text.begin());
     } else {
         utf8::utf8to16(raw.begin(), raw.end(), std::back_inserter(text));
     }
     if (raw.find('\\') != std::string_view::npos) {
         unescape(text);
     }
-    return text;
 }
 
 } // namespace serializer

@@ -15,8 +15,9 @@ void append_token(std::string& out, std::wstring_view text);
 /// stream, or to the stream's end. The byte 0xFF, which UTF-8 never holds, ends a token too.
 void read_token(std::streambuf& in, std::string& raw);
 
-/// The text of an encoded token. A backslash before anything but `\`, `<` and `>` is itself, so
-/// that a path written by hand is read as it was meant. Throws the failures of utf8::exception.
-std::wstring decode_token(std::string_view raw);
+/// Replaces `text` by that of an encoded token. A backslash before anything but `\`, `<` and `>` is
+/// itself, so that a path written by hand is read as it was meant. Throws the failures of
+/// `utf8::exception`; the text is that before the fault then.
+void decode_token(std::string_view raw, std::wstring& text);
 
 } // namespace serializer
