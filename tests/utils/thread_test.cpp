@@ -14,7 +14,7 @@ namespace {
 
 TEST(pool_thread, is_over_when_its_owner_is) {
     std::atomic<int> ended = 0;
-    const auto body = [&ended](auto failure) {
+    const auto body = [&ended](const auto& failure) {
         return [&ended, failure] {
             Sleep(20);
             ++ended;
