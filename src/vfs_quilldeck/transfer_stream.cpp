@@ -95,7 +95,7 @@ int transfer_stream::perform() {
     if (mode_ == writing) {
         curl_easy_setopt(handle, CURLOPT_UPLOAD, 1L);
         curl_easy_setopt(handle, CURLOPT_READDATA, this);
-        // libcurl turns this on by itself for a resumed upload, and leaves it on in the handle.
+        // Some versions of libcurl turn this on for a resumed upload and leave it on in the handle.
         curl_easy_setopt(handle, CURLOPT_APPEND, 0L);
     } else {
         curl_easy_setopt(handle, CURLOPT_UPLOAD, 0L);
