@@ -2,8 +2,6 @@
 
 #include "vfs_quilldeck/curl_descriptor_cache.h"
 
-#include <algorithm>
-
 namespace transfer_test {
 
 line_cutter::line_cutter() {
@@ -11,19 +9,15 @@ line_cutter::line_cutter() {
     handle_ = lease.get();
     curl_easy_setopt(handle_, CURLOPT_SOCKOPTFUNCTION, &line_cutter::note_socket);
     curl_easy_setopt(handle_, CURLOPT_SOCKOPTDATA, this);
-    curl_easy_setopt(handle_, CURLOPT_XFERINFOFUNCTION, &line_cutter::note_progress);
-    curl_easy_setopt(handle_, CURLOPT_XFERINFODATA, this);
-    curl_easy_setopt(handle_, CURLOPT_NOPROGRESS, 0L);
+    curl_easy_setopt(handle_, CURLOPT_DEBUGFUNCTION, &line_cutter::note_data);
+    curl_easy_setopt(handle_, CURLOPT_DEBUGDATA, this);
+    curl_easy_setopt(handle_, CURLOPT_VERBOSE, 1L);
 }
 
 line_cutter::~line_cutter() {
-    curl_easy_setopt(handle_, CURLOPT_NOPROGRESS, 1L);
-    curl_easy_setopt(handle_, CURLOPT_XFERINFOFUNCTION, nullptr);
+    curl_easy_setopt(handle_, CURLOPT_VERBOSE, 0L);
+    curl_easy_setopt(handle_, CURLOPT_DEBUGFUNCTION, nullptr);
     curl_easy_setopt(handle_, CURLOPT_SOCKOPTFUNCTION, nullptr);
-}
-
-void line_cutter::cut_after(curl_off_t bytes) {
-    limit_ = bytes;
 }
 
 void line_cutter::cut_now() {
@@ -32,19 +26,18 @@ void line_cutter::cut_now() {
 }
 
 int line_cutter::note_socket(void* cutter, curl_socket_t socket, curlsocktype) {
-    auto& self = *static_cast<line_cutter*>(cutter);
-    self.socket_ = socket;
-    ++self.sockets_;
+    static_cast<line_cutter*>(cutter)->socket_ = socket;
     return CURL_SOCKOPT_OK;
 }
 
-int line_cutter::note_progress(void* cutter, curl_off_t, curl_off_t received, curl_off_t,
-                               curl_off_t sent) {
+int line_cutter::note_data(CURL*, curl_infotype type, char*, std::size_t size, void* cutter) {
     auto& self = *static_cast<line_cutter*>(cutter);
-    const curl_off_t moved = std::max(received, sent);
-    // A transfer of nothing yet may still be at its commands.
-    if (self.limit_ >= 0 && moved > 0 && moved >= self.limit_) {
-        self.limit_ = -1;
+    if (self.left_ < 0 || (type != CURLINFO_DATA_IN && type != CURLINFO_DATA_OUT)) {
+        return 0;
+    }
+    self.left_ -= static_cast<curl_off_t>(size);
+    if (self.left_ <= 0) {
+        self.left_ = -1;
         self.cut_now();
     }
     return 0;

@@ -187,7 +187,8 @@ TEST_F(states_test, the_end_is_told_once_all_bytes_are_delivered) {
     empty->close(0);
 }
 
-// libcurl leaves its appending on in the handle of a resumed upload.
+// A handle that has resumed an upload is used again, and some versions of libcurl leave it
+// appending.
 TEST_F(states_test, an_upload_that_starts_over_does_not_append) {
     const content data = make_content(13'000'000, 4);
     control.fault({{"kind", "cut_upload"}, {"bytes", "100000"}});
