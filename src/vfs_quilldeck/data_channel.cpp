@@ -15,6 +15,9 @@ namespace {
 
 constexpr std::size_t read_ahead_bytes = std::size_t{256} * 1024;
 
+/// Less than this always fits, and a small file is spared the question.
+constexpr curl_off_t smallest_socket_buffer = 32 * 1024;
+
 /// libcurl looks at the control channel in between.
 constexpr timeval longest_wait_for_room{0, 500'000};
 
@@ -81,7 +84,7 @@ CURLcode data_channel::tune_tls(CURL*, void* context, void* self) {
 
 int data_channel::await_room(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent) {
     const auto& channel = *static_cast<const data_channel*>(self);
-    if (sent > 0 && channel.is_data_) {
+    if (sent > smallest_socket_buffer && channel.is_data_) {
         fd_set room{};
         room.fd_count = 1;
         room.fd_array[0] = channel.socket_;
