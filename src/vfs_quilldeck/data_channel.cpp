@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t read_ahead_bytes = std::size_t{256} * 1024;
 
 /// Less than this always fits, and a small file is spared the question.
-constexpr curl_off_t smallest_socket_buffer = 32 * 1024;
+constexpr curl_off_t smallest_socket_buffer = curl_off_t{32} * 1024;
 
 /// libcurl looks at the control channel in between.
 constexpr timeval longest_wait_for_room{0, 500'000};
