@@ -60,6 +60,10 @@ class Store:
 
     def stop(self) -> bool:
         """Ends the store; False when it did not end well."""
+        if self._process.poll() is not None:
+            # Some tests end their store. Where one did not, this tells why nothing answered.
+            print("with_service: the store had ended before its user:\n"
+                  + self._log_file.read_text(), file=sys.stderr)
         self._process.terminate()
         try:
             code = self._process.wait(15)
