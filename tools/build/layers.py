@@ -17,6 +17,7 @@ LAYERS = [
     {"vfs_quilldeck", "syncer"},
     {"com", "ui"},
     {"shell", "transfer", "dialogs"},
+    {"module"},
 ]
 LEVEL = {folder: level for level, row in enumerate(LAYERS) for folder in row}
 # Numbers of resources: everybody who shows a text knows them, and they know nobody.
