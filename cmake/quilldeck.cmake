@@ -39,6 +39,25 @@ function(quilldeck_program name)
     set_target_properties(${name} PROPERTIES WIN32_EXECUTABLE ${arg_GUI})
 endfunction()
 
+# quilldeck_resources(<name> <source> [FILES ...])
+# Objects of compiled resources, for a program or the DLL to link. The script includes from src/ and
+# src/resources/ on; FILES are what it is made of besides itself. The version reaches it as bare
+# tokens, as quotes do not survive every shell.
+function(quilldeck_resources name source)
+    cmake_parse_arguments(PARSE_ARGV 2 arg "" "" "FILES")
+    # Without the compiler's options, which the resource compiler refuses.
+    add_library(${name} OBJECT ${source})
+    target_include_directories(${name} PRIVATE
+        ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/src/resources ${CMAKE_CURRENT_BINARY_DIR})
+    string(REPLACE "." "," version_commas ${PROJECT_VERSION})
+    target_compile_definitions(${name} PRIVATE
+        QUILLDECK_VERSION=${PROJECT_VERSION} QUILLDECK_VERSION_COMMAS=${version_commas})
+    list(APPEND arg_FILES
+        ${PROJECT_SOURCE_DIR}/src/resources/version_info.rc
+        ${PROJECT_SOURCE_DIR}/src/resources/quilldeck.ico)
+    set_source_files_properties(${source} PROPERTIES OBJECT_DEPENDS "${arg_FILES}")
+endfunction()
+
 # quilldeck_test(<name> SOURCES ... [LINKS ...] [SERVICE] [VSFTPD] [TLS12] [SERIAL]
 #     [TIMEOUT seconds])
 # One GoogleTest program and one ctest entry, run under Wine in a prefix and with a wineserver of its

@@ -1,24 +1,12 @@
 #include "utils/thread.h"
 
 #include "utils/exceptions.h"
+#include "utils/module.h"
 
 #include <source_location>
 #include <utility>
 
 namespace utils {
-
-namespace {
-
-/// The module of this code. It is not referenced here: whoever runs this code holds it.
-HMODULE own_module() {
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
-                           GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       reinterpret_cast<const wchar_t*>(&own_module), &module);
-    return module;
-}
-
-} // namespace
 
 pool_thread::pool_thread(std::function<void()> body) : body_(std::move(body)) {
     TP_CALLBACK_ENVIRON environment;

@@ -4,10 +4,15 @@
 Needs Debian's python3-pil. Run it after a change of the drawing and commit the icon with it.
 """
 
+import io
 import pathlib
+import struct
+
 from PIL import Image, ImageDraw
 
-SIZES = (16, 20, 24, 32, 48, 256)
+# What the shell's views ask for on screens of 100, 125, 150 and 200 %.
+SIZES = (16, 20, 24, 32, 40, 48, 64, 96, 128, 256)
+SMALLEST_PNG = 64  # readers of icons may know the plain form only for the classic sizes
 CANVAS = 2048  # drawn large and scaled down, as Pillow does not smooth its edges
 
 BACK = (18, 62, 110, 255)
@@ -46,11 +51,41 @@ def drawing():
     return image
 
 
+def plain(image):
+    """An image in the form of a device-independent bitmap: bottom up, then the mask."""
+    width, height = image.size
+    blue_first = image.transpose(Image.Transpose.FLIP_TOP_BOTTOM).tobytes("raw", "BGRA")
+    # Pixels have an alpha of their own; who does not know that takes the empty mask.
+    mask = bytes((width + 31) // 32 * 4 * height)
+    header = struct.pack("<IiiHHIIiiII", 40, width, height * 2, 1, 32, 0,
+                         len(blue_first) + len(mask), 0, 0, 0, 0)
+    return header + blue_first + mask
+
+
+def packed(image):
+    data = io.BytesIO()
+    image.save(data, "PNG", optimize=True)
+    return data.getvalue()
+
+
+def icon_file(images):
+    """The bytes of an .ico with these images."""
+    parts = [packed(image) if image.width >= SMALLEST_PNG else plain(image) for image in images]
+    directory = struct.pack("<HHH", 0, 1, len(parts))
+    offset = len(directory) + 16 * len(parts)
+    for image, part in zip(images, parts):
+        # 256 does not fit into the byte of a side and is written as 0.
+        directory += struct.pack("<BBBBHHII", image.width % 256, image.height % 256, 0, 0, 1, 32,
+                                 len(part), offset)
+        offset += len(part)
+    return directory + b"".join(parts)
+
+
 def main():
     source = drawing()
     images = [source.resize((size, size), Image.Resampling.LANCZOS) for size in SIZES]
     target = pathlib.Path(__file__).parents[2] / "src" / "resources" / "quilldeck.ico"
-    images[-1].save(target, sizes=[image.size for image in images], append_images=images[:-1])
+    target.write_bytes(icon_file(images))
 
 
 if __name__ == "__main__":

@@ -1,0 +1,14 @@
+/// The numbers of the module's resources, for code and resource scripts alike. The numbers of texts
+/// are in string_ids.h.
+#pragma once
+
+// Registrar scripts, of the type "REGISTRY".
+#define IDR_APPLICATION 103
+#define IDR_NAMESPACE_FOLDER 104
+#define IDR_DRIVE_PROPERTY_SHEET 105
+#define IDR_LOCAL_CONTEXT_MENU 1901
+#define IDR_SYNC_PROPERTY_SHEET 1902
+#define IDR_OVERLAY_ICON 1904
+
+// Icons. The shell asks for the first one, by its place, for the drive.
+#define IDI_DRIVE 101
