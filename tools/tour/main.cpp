@@ -1,12 +1,13 @@
-/// tour [FOLDER [USER PASSWORD]]: signs in, copies a folder of files into the store and back, and
-/// compares. The exit code is 0 when all were equal, 1 for a difference or a failure, 2 for a
-/// call that is not understood.
+/// tour [FOLDER [USER PASSWORD]]: signs in, copies a folder of files into the store and back,
+/// shares it, and compares. The exit code is 0 when all were equal, 1 for a difference or a
+/// failure, 2 for a call that is not understood.
 
 #include "console.h"
 #include "local_folder.h"
 #include "tour.h"
 
 #include "vfs/exceptions.h"
+#include "vfs_quilldeck/client.h"
 #include "vfs_quilldeck/pc_id.h"
 #include "vfs_quilldeck/service_url.h"
 #include "vfs_quilldeck/session.h"
@@ -15,6 +16,7 @@
 
 #include <exception>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -38,7 +40,10 @@ int run_tour(const std::vector<std::wstring>& arguments) {
         vfs_quilldeck::login(module, user, password);
     }
     const vfs::client_ptr client = vfs_quilldeck::get_client(module);
-    const tour::summary total = tour::run(*client, folder);
+    const tour::summary total =
+        tour::run(*client, folder, [](const std::wstring& name, const std::wstring& secret) {
+            return std::make_shared<vfs_quilldeck::client>(name, secret);
+        });
     tour::print(L"tour: " + std::to_wstring(total.files) + L" files, " +
                 std::to_wstring(total.bytes) + L" bytes, all equal");
     return 0;

@@ -3,6 +3,7 @@
 #include "console.h"
 #include "sha256.h"
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <fstream>
@@ -31,6 +32,24 @@ file_ptr as_file(const vfs::item_ptr& item) {
         throw std::runtime_error("the store has a folder where a file was expected");
     }
     return file;
+}
+
+directory_ptr walk_to(const directory_ptr& from, const std::vector<std::wstring>& folders) {
+    directory_ptr at = from;
+    for (const std::wstring& name : folders) {
+        try {
+            at = as_directory(at->find_item_by_name(name, false));
+        } catch (const vfs::item_not_found_exception&) {
+            at = as_directory(at->create_directory(name));
+        }
+    }
+    return at;
+}
+
+bool holds_item(vfs::directory& directory, const std::wstring& id) {
+    const auto items = directory.get_items();
+    return std::ranges::any_of(items,
+                               [&id](const vfs::item_ptr& item) { return item->get_id() == id; });
 }
 
 void print_tree(vfs::directory& directory, const std::wstring& indent) {
