@@ -1,6 +1,10 @@
 /// The numbers of the module's texts.
 #pragma once
 
+// A new account: the caption, of its success too, and the text of that.
+#define IDS_NEW_PROFILE_ERROR 1012
+#define IDS_NEW_PROFILE_CREATED 1013
+
 // Titles of the columns.
 #define IDS_COLUMN_NAME 1210
 #define IDS_COLUMN_TYPE 1211

@@ -1,6 +1,7 @@
 /// Real processes, and waiting for what they do.
 #pragma once
 
+#include "eventually.h"
 #include "utils/unique_handle.h"
 
 #include <filesystem>
@@ -8,21 +9,7 @@
 
 namespace companions_test {
 
-/// Whether `condition` holds within 20 seconds. Serves the windows of this thread meanwhile.
-template <class Condition>
-bool eventually(Condition condition) {
-    for (const ULONGLONG end = GetTickCount64() + 20'000; !condition();) {
-        if (GetTickCount64() > end) {
-            return false;
-        }
-        MSG message;
-        while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-            DispatchMessageW(&message);
-        }
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, 2, QS_ALLINPUT);
-    }
-    return true;
-}
+using support::eventually;
 
 /// The path of a program in the folder of this one.
 inline std::filesystem::path beside_us(const wchar_t* program) {

@@ -1,0 +1,22 @@
+/// Message boxes. Each answers the button, as `MessageBoxW` does, and runs its own message loop.
+#pragma once
+
+#include <windows.h>
+
+#include <initializer_list>
+#include <string>
+
+namespace ui {
+
+/// Shows string `text` filled with `values` under string `caption`. Throws when the string table
+/// has no such texts.
+int show_message(HWND owner, UINT caption, UINT text, std::initializer_list<std::wstring> values,
+                 UINT style);
+
+/// Shows the exception that is being handled; to be called in a handler. A `vfs::exception` brings
+/// its caption and text along, and has the stop icon. A standard exception is a narrow text that
+/// is shown under `caption`; whatever else was raised is an "Unknown error" there.
+void show_current_failure(HWND owner, const char* caption = "Internal error",
+                          UINT style = MB_OK | MB_ICONSTOP) noexcept;
+
+} // namespace ui

@@ -1,0 +1,18 @@
+/// The texts of the module's string table, by number.
+#pragma once
+
+#include <windows.h>
+
+#include <initializer_list>
+#include <string>
+
+namespace ui {
+
+/// Text `id` as it stands. Throws `utils::system_error_exception` when there is none.
+std::wstring load_string(UINT id);
+
+/// Text `id` with its conversions ("%s", "%d") replaced by `values`, one after another. A value is
+/// never read as a format itself. Throws a standard exception when their number is another one.
+std::wstring load_string(UINT id, std::initializer_list<std::wstring> values);
+
+} // namespace ui

@@ -1,0 +1,130 @@
+#include "driven_window.h"
+#include "resources/dialog_ids.h"
+#include "ui/dialog.h"
+#include "ui/placement.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <stdexcept>
+#include <thread>
+
+namespace ui {
+
+namespace {
+
+constexpr auto title = L"Quilldeck login";
+
+class probe : public dialog {
+public:
+    probe() : dialog(IDD_LOGIN) {}
+
+    std::function<void()> init = [] {
+    };
+    std::function<void()> command = [] {
+    };
+    using dialog::end;
+
+protected:
+    bool on_init() override {
+        init();
+        return true;
+    }
+
+    bool on_command(int id, int) override {
+        if (id == IDOK) {
+            command();
+        }
+        return id == IDOK;
+    }
+
+    std::optional<LRESULT> on_message(UINT message, WPARAM wparam, LPARAM lparam) override {
+        if (message == WM_APP) {
+            return static_cast<LRESULT>(wparam) + lparam;
+        }
+        if (message == WM_CTLCOLOREDIT) {
+            return reinterpret_cast<LRESULT>(GetStockObject(BLACK_BRUSH));
+        }
+        return std::nullopt;
+    }
+};
+
+TEST(dialog, keeps_failures_inside) {
+    probe shown;
+    shown.command = [] {
+        throw std::runtime_error("a handler's");
+    };
+    INT_PTR result = 0;
+    std::thread user([&] { result = shown.do_modal(nullptr); });
+    const HWND window = support::await_dialog(title);
+    support::press(window, IDOK);
+    const HWND box = support::await_dialog(L"Internal error");
+    EXPECT_EQ(GetWindow(box, GW_OWNER), window);
+    EXPECT_EQ(support::message_of(box), L"a handler's");
+    EXPECT_TRUE(support::answer_box(box, IDOK));
+    EXPECT_TRUE(support::eventually([&] { return IsWindowEnabled(window); }));
+    EXPECT_EQ(SendMessageW(window, WM_APP, 40, 2), 42);
+    EXPECT_EQ(SendMessageW(window, WM_CTLCOLOREDIT, 0, 0),
+              reinterpret_cast<LRESULT>(GetStockObject(BLACK_BRUSH)));
+    shown.command = [&] {
+        shown.end(1234);
+    };
+    support::press(window, IDOK);
+    user.join();
+    EXPECT_EQ(result, 1234);
+    EXPECT_EQ(shown.handle(), nullptr);
+    EXPECT_FALSE(IsWindow(window));
+
+    HWND made = nullptr;
+    shown.init = [&] {
+        made = shown.handle();
+        throw std::out_of_range("an initialiser's");
+    };
+    EXPECT_THROW(shown.do_modal(nullptr), std::out_of_range);
+    EXPECT_FALSE(IsWindow(made));
+    EXPECT_THROW(shown.create(nullptr), std::out_of_range);
+    EXPECT_FALSE(IsWindow(made));
+    EXPECT_EQ(shown.handle(), nullptr);
+    dialog unknown(9);
+    EXPECT_THROW(unknown.do_modal(nullptr), std::exception);
+    EXPECT_THROW(unknown.create(nullptr), std::exception);
+}
+
+TEST(dialog, takes_its_modeless_window_along) {
+    HWND window = nullptr;
+    {
+        probe shown;
+        shown.create(nullptr);
+        window = shown.handle();
+        EXPECT_TRUE(IsWindow(window));
+        EXPECT_FALSE(IsWindowVisible(window));
+    }
+    EXPECT_FALSE(IsWindow(window));
+}
+
+TEST(placement, centres_on_the_owner_within_the_work_area) {
+    RECT work{};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
+    const auto middle_beside = [&](const RECT& owner) {
+        const HWND parent = CreateWindowExW(
+            0, L"STATIC", nullptr, WS_POPUP | WS_VISIBLE, owner.left, owner.top,
+            owner.right - owner.left, owner.bottom - owner.top, nullptr, nullptr, nullptr, nullptr);
+        probe shown;
+        shown.create(parent);
+        center_window(shown.handle());
+        RECT own{};
+        GetWindowRect(shown.handle(), &own);
+        DestroyWindow(parent);
+        return own;
+    };
+    RECT own = middle_beside({100, 100, 700, 600});
+    EXPECT_NEAR(own.left - 100, 700 - own.right, 1);
+    EXPECT_NEAR(own.top - 100, 600 - own.bottom, 1);
+    own = middle_beside({work.right - 20, work.top - 500, work.right + 20, work.top - 400});
+    EXPECT_EQ(own.right, work.right);
+    EXPECT_EQ(own.top, work.top);
+}
+
+} // namespace
+
+} // namespace ui
