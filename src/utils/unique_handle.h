@@ -60,6 +60,17 @@ struct kernel_handle_traits {
 
 using unique_handle = unique_resource<kernel_handle_traits>;
 
+/// An open file, for which the platform answers INVALID_HANDLE_VALUE on failure.
+struct file_handle_traits {
+    using pointer = HANDLE;
+
+    static pointer none() noexcept { return INVALID_HANDLE_VALUE; }
+
+    static void close(pointer value) noexcept { ::CloseHandle(value); }
+};
+
+using unique_file = unique_resource<file_handle_traits>;
+
 /// A view of a file mapping.
 struct view_traits {
     using pointer = void*;
