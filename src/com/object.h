@@ -111,7 +111,8 @@ private:
 template <class Class, class... Arguments>
 Microsoft::WRL::ComPtr<Class> make(Arguments&&... arguments) {
     Microsoft::WRL::ComPtr<Class> made;
-    made.Attach(new Class(std::forward<Arguments>(arguments)...));
+    // The first reference is the pointer's own. The header's `Attach` would add another one.
+    *made.GetAddressOf() = new Class(std::forward<Arguments>(arguments)...);
     return made;
 }
 
