@@ -1,8 +1,12 @@
 #include "vfs_quilldeck/curl_descriptor_cache.h"
 
+#include "utils/module.h"
 #include "vfs_quilldeck/exceptions.h"
 
+#include <openssl/crypto.h>
+
 #include <algorithm>
+#include <mutex>
 
 namespace vfs_quilldeck {
 
@@ -12,20 +16,27 @@ namespace {
     throw exception(name, L"Please, contact software manufacturer");
 }
 
-/// libcurl and OpenSSL from the first handle on. OpenSSL cleans up after itself when the module
-/// goes, by a handler that it registers when it starts; as that happens in this object's
-/// constructor, the object goes first, and the connections of the pooled handles with it.
+/// libcurl and OpenSSL from the first handle on, until the module goes, and the connections of the
+/// pooled handles with it. By itself OpenSSL would leave its end to a handler of the process, which
+/// is still called when this module is unloaded already.
 class library {
 public:
-    library() { curl_global_init(CURL_GLOBAL_ALL); }
+    library() {
+        OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
+        curl_global_init(CURL_GLOBAL_ALL);
+    }
 
     library(const library&) = delete;
     library& operator=(const library&) = delete;
 
     ~library() {
+        if (utils::process_is_ending()) {
+            return;
+        }
         request_descriptor_cache.clear();
         transfer_descriptor_cache.clear();
         curl_global_cleanup();
+        OPENSSL_cleanup();
     }
 };
 
@@ -45,7 +56,7 @@ curl_handle_entry::curl_handle_entry(const curl_handle_entry& other)
     : locked(other.locked), handle(make_handle()) {}
 
 curl_handle_entry::~curl_handle_entry() {
-    if (handle != nullptr) {
+    if (handle != nullptr && !utils::process_is_ending()) {
         curl_easy_cleanup(handle);
     }
 }

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "utils/slim_lock.h"
+
 #include <curl/curl.h>
 
 #include <cstddef>
 #include <deque>
-#include <mutex>
 
 namespace vfs_quilldeck {
 
@@ -49,7 +50,7 @@ private:
     CURL* get(std::size_t position);
 
     std::deque<curl_handle_entry> entries_;
-    std::mutex mutex_;
+    utils::slim_lock mutex_;
 };
 
 /// A scoped lease on one pool entry. It is not shared between threads.

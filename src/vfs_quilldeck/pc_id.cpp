@@ -1,5 +1,6 @@
 #include "vfs_quilldeck/pc_id.h"
 
+#include "utils/slim_lock.h"
 #include "utils/unique_handle.h"
 #include "vfs_quilldeck/exceptions.h"
 
@@ -14,7 +15,7 @@ namespace vfs_quilldeck {
 
 namespace {
 
-std::mutex pc_id_mutex;
+utils::slim_lock pc_id_mutex;
 std::wstring pc_id;
 
 constexpr auto key_name = L"Software\\Quilldeck";

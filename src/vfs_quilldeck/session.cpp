@@ -11,7 +11,7 @@
 
 namespace vfs_quilldeck {
 
-std::mutex client_cache_mutex;
+utils::slim_lock client_cache_mutex;
 
 namespace {
 
