@@ -18,10 +18,37 @@ HRESULT create(REFIID iid, void** result) noexcept {
     });
 }
 
-/// The class object of one class. It refuses aggregation.
-class class_factory final : public object<class_factory, IClassFactory> {
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+
+/// The class object of one class, which refuses aggregation. It is a constant of the module:
+/// handing it out makes nothing, and so needs no lock and cannot fail. References on it count as
+/// locks on the module.
+class class_factory final : public IClassFactory {
 public:
-    explicit class_factory(create_function create) noexcept : create_(create) {}
+    constexpr explicit class_factory(create_function create) noexcept : create_(create) {}
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override {
+        return guard([&] {
+            cleared(result);
+            if (!IsEqualIID(iid, __uuidof(IUnknown)) && !IsEqualIID(iid, __uuidof(IClassFactory))) {
+                return E_NOINTERFACE;
+            }
+            AddRef();
+            *result = static_cast<IClassFactory*>(this);
+            return S_OK;
+        });
+    }
+
+    ULONG STDMETHODCALLTYPE AddRef() override {
+        module_lock::add();
+        return 2;
+    }
+
+    ULONG STDMETHODCALLTYPE Release() override {
+        module_lock::release();
+        return 1;
+    }
 
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** result) override {
         return guard([&] {
@@ -38,5 +65,7 @@ public:
 private:
     create_function create_;
 };
+
+#pragma GCC diagnostic pop
 
 } // namespace com
