@@ -1,6 +1,7 @@
 """The project's own tools: what they let through, and what they leave behind."""
 from __future__ import annotations
 
+import contextlib
 import os
 import signal
 import subprocess
@@ -112,6 +113,15 @@ class Wine(Folder):
     def prefixes(self, owner: int) -> list[Path]:
         return list((CACHE / "prefixes").glob(f"{owner}.*"))
 
+    def processes(self, variable: bytes) -> list[tuple[int, bytes]]:
+        """Those with a variable in their environment, with their command lines."""
+        found = []
+        for folder in Path("/proc").glob("[0-9]*"):
+            with contextlib.suppress(OSError):
+                if variable in (folder / "environ").read_bytes().split(b"\0"):
+                    found.append((int(folder.name), (folder / "cmdline").read_bytes()))
+        return found
+
     def start(self, *arguments: str) -> subprocess.Popen:
         return subprocess.Popen([WINE_RUN, CMD, "/c", *arguments], stdin=subprocess.DEVNULL,
                                 env=self.environment())
@@ -145,6 +155,16 @@ class Wine(Folder):
         ended.send_signal(signal.SIGTERM)
         self.assertEqual(143, ended.wait(60))
         self.assertEqual([], self.prefixes(ended.pid))
+
+        # Wine's server ends: its programs would stand still.
+        mark.unlink()
+        orphan = self.start(ping)
+        self.wait_for(mark.exists)
+        prefix = f"WINEPREFIX={self.prefixes(orphan.pid)[0]}".encode()
+        server, = [pid for pid, command in self.processes(prefix) if b"wineserver64\0-p\0" in command]
+        os.kill(server, signal.SIGKILL)
+        self.assertEqual(1, orphan.wait(60))
+        self.assertEqual([], self.processes(prefix))
 
         mark.unlink()
         killed = self.start(ping)

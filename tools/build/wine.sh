@@ -23,8 +23,17 @@ wine_template() {
 
 # Starts and ends the server of the prefix in WINEPREFIX. A server that stays turns a second for
 # each program start into a tenth of one.
-wine_server_start() { "$WINESERVER" -p </dev/null >/dev/null 2>&1; }
-wine_server_stop() { "$WINESERVER" -k </dev/null >/dev/null 2>&1 || true; }
+wine_server_start() { "$WINESERVER" -p </dev/null >/dev/null; }
+wine_server_stop() { "$WINESERVER" -k </dev/null >/dev/null 2>&1 || wine_end_orphans; }
+
+# Ends what runs in the prefix in WINEPREFIX without a server: it stands still for ever.
+wine_end_orphans() {
+    local found process
+    found=$(env -u WINEPREFIX grep -lzxF "WINEPREFIX=$WINEPREFIX" /proc/[0-9]*/environ 2>/dev/null) || true
+    for process in $found; do
+        kill -KILL "$(cut -d/ -f3 <<<"$process")" 2>/dev/null || true
+    done
+}
 
 # Makes the template where it is missing; half a template never gets its name. Others wait for it.
 wine_make_template() {
