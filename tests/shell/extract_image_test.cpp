@@ -1,6 +1,6 @@
-#include "../vfs_quilldeck/process_census.h"
 #include "../vfs_quilldeck/store_test.h"
 
+#include "process_census.h"
 #include "second_process.h"
 
 #include "com/apartment.h"
@@ -107,11 +107,11 @@ TEST_F(thumbnails, are_fetched_once_and_kept_as_they_came) {
     control.reset();
 
     ASSERT_EQ(extract(dusk), succeeded);
-    const auto before = vfs_quilldeck::count_process();
+    const auto before = support::count_process();
     for (int round = 0; round < 10; ++round) {
         ASSERT_EQ(extract(dusk), succeeded);
     }
-    EXPECT_EQ(vfs_quilldeck::count_process(), before);
+    EXPECT_EQ(support::count_process(), before);
     pictures->rename_item(dusk, L"Evening.jpg");
     control.reset();
     EXPECT_EQ(extract(dusk), succeeded);

@@ -2,7 +2,7 @@
 #include "line_cutter.h"
 #include "store_test.h"
 
-#include "../vfs_quilldeck/process_census.h"
+#include "process_census.h"
 
 #include <windows.h>
 
@@ -183,16 +183,16 @@ TEST_F(failures_test, files_that_go_away_leave_no_handle_or_thread) {
     for (int warm_up = 0; warm_up < 2; ++warm_up) {
         leave_files();
     }
-    const auto before = vfs_quilldeck::count_process();
+    const auto before = support::count_process();
     constexpr std::size_t rounds = 6;
     for (std::size_t round = 0; round < rounds && !HasFailure(); ++round) {
         leave_files();
     }
-    auto after = vfs_quilldeck::count_process();
+    auto after = support::count_process();
     // Threads of libcurl's resolver end a little later.
     for (int look = 0; look < 100 && after.threads > before.threads; ++look) {
         Sleep(100);
-        after = vfs_quilldeck::count_process();
+        after = support::count_process();
     }
     EXPECT_LE(after.threads, before.threads);
     // Pooled handles may have a connection more or less; a leak would show in each round.

@@ -132,12 +132,12 @@ void failure::run_scenario() {
 
 TEST_F(failure, of_any_request_leaves_everything_as_it_was) {
     run_scenario();
-    const process_census first = count_process();
+    const support::process_census first = support::count_process();
     failures = 0;
     run_scenario();
     EXPECT_GE(failures, 90u);
     // Threads of the platform's pool come and go by themselves.
-    const process_census second = count_process();
+    const support::process_census second = support::count_process();
     EXPECT_LE(second.handles, first.handles + 3);
     EXPECT_LE(second.threads, first.threads + 1);
 }

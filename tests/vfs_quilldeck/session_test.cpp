@@ -227,11 +227,11 @@ TEST_F(session, leaks_nothing) {
         EXPECT_THROW(login(nullptr, L"demo", L"demo"), exception);
     };
     use_everything();
-    const process_census before = count_process();
+    const support::process_census before = support::count_process();
     for (int i = 0; i < 20; ++i) {
         use_everything();
     }
-    EXPECT_EQ(count_process(), before);
+    EXPECT_EQ(support::count_process(), before);
 }
 
 /// What the second process does with a line.

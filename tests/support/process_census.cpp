@@ -8,7 +8,7 @@
 #include <stdexcept>
 #include <vector>
 
-namespace vfs_quilldeck {
+namespace support {
 
 namespace {
 
@@ -75,4 +75,20 @@ process_census count_process() {
     return {count_handles(), count_threads()};
 }
 
-} // namespace vfs_quilldeck
+std::size_t allocated_bytes() {
+    // Made before the walk, as it lies in one of the heaps.
+    std::vector<HANDLE> heaps(GetProcessHeaps(0, nullptr));
+    GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data());
+    std::size_t bytes = 0;
+    for (HANDLE heap : heaps) {
+        HeapLock(heap);
+        PROCESS_HEAP_ENTRY entry{};
+        while (HeapWalk(heap, &entry)) {
+            bytes += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? entry.cbData : 0U;
+        }
+        HeapUnlock(heap);
+    }
+    return bytes;
+}
+
+} // namespace support

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-namespace vfs_quilldeck {
+namespace support {
 
 /// How much of the platform's this process holds.
 struct process_census {
@@ -14,4 +14,7 @@ struct process_census {
 
 process_census count_process();
 
-} // namespace vfs_quilldeck
+/// How many bytes are allocated in all heaps of this process.
+std::size_t allocated_bytes();
+
+} // namespace support
