@@ -24,15 +24,15 @@ wine_template() {
 # Starts and ends the server of the prefix in WINEPREFIX. A server that stays turns a second for
 # each program start into a tenth of one.
 wine_server_start() { "$WINESERVER" -p </dev/null >/dev/null; }
-wine_server_stop() { "$WINESERVER" -k </dev/null >/dev/null 2>&1 || wine_end_orphans; }
-
-# Ends what runs in the prefix in WINEPREFIX without a server: it stands still for ever.
-wine_end_orphans() {
+# Stopping says 1 when there was none any more; then it ends what stands still without it.
+wine_server_stop() {
     local found process
+    "$WINESERVER" -k </dev/null >/dev/null 2>&1 && return 0
     found=$(env -u WINEPREFIX grep -lzxF "WINEPREFIX=$WINEPREFIX" /proc/[0-9]*/environ 2>/dev/null) || true
     for process in $found; do
         kill -KILL "$(cut -d/ -f3 <<<"$process")" 2>/dev/null || true
     done
+    return 1
 }
 
 # Makes the template where it is missing; half a template never gets its name. Others wait for it.
@@ -79,7 +79,7 @@ wine_sweep() {
         owner=${old##*/}
         owner=${owner%%.*}
         if [ ! -d "$old" ] || kill -0 "$owner" 2>/dev/null; then continue; fi
-        WINEPREFIX=$old wine_server_stop
+        WINEPREFIX=$old wine_server_stop || true
         rm -rf "$old"
     done
 }
