@@ -108,12 +108,12 @@ void draw(Gdiplus::Bitmap& source, const section_info& info, Gdiplus::PixelForma
 
 } // namespace
 
-unique_bitmap make_section(Gdiplus::Bitmap& source) {
+ui::unique_bitmap make_section(Gdiplus::Bitmap& source) {
     const Gdiplus::PixelFormat format = section_format_of(source.GetPixelFormat());
     const section_info info = describe(source, format);
     void* bits = nullptr;
-    unique_bitmap section(::CreateDIBSection(nullptr, reinterpret_cast<const BITMAPINFO*>(&info),
-                                             DIB_RGB_COLORS, &bits, nullptr, 0));
+    ui::unique_bitmap section(::CreateDIBSection(
+        nullptr, reinterpret_cast<const BITMAPINFO*>(&info), DIB_RGB_COLORS, &bits, nullptr, 0));
     require(static_cast<bool>(section));
     const picture_rows rows = rows_of(info, bits);
     if (format == source.GetPixelFormat()) {
@@ -124,7 +124,7 @@ unique_bitmap make_section(Gdiplus::Bitmap& source) {
     return section;
 }
 
-unique_bitmap load_picture(const std::wstring& path) {
+ui::unique_bitmap load_picture(const std::wstring& path) {
     gdi_plus.start();
     Gdiplus::Bitmap source(path.c_str());
     require(source.GetLastStatus() == Gdiplus::Ok);

@@ -1,7 +1,7 @@
 /// Pictures for the shell.
 #pragma once
 
-#include "utils/unique_handle.h"
+#include "ui/gdi.h"
 
 #include <windows.h>
 
@@ -13,23 +13,13 @@
 
 namespace shell {
 
-struct bitmap_traits {
-    using pointer = HBITMAP;
-
-    static pointer none() noexcept { return nullptr; }
-
-    static void close(pointer value) noexcept { ::DeleteObject(value); }
-};
-
-using unique_bitmap = utils::unique_resource<bitmap_traits>;
-
 /// The picture as a section of its size, the last row first. With alpha it gets 32 bits with alpha,
 /// not premultiplied. Without, it keeps its depth and its palette if that is a depth of GDI's, and
 /// gets 32 bits otherwise. Throws `com::status_exception`.
-unique_bitmap make_section(Gdiplus::Bitmap& source);
+ui::unique_bitmap make_section(Gdiplus::Bitmap& source);
 
 /// `make_section` of the picture in a file; starts GDI+ if need be. Throws `com::status_exception`,
 /// also for what is no picture.
-unique_bitmap load_picture(const std::wstring& path);
+ui::unique_bitmap load_picture(const std::wstring& path);
 
 } // namespace shell

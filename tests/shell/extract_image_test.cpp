@@ -52,7 +52,7 @@ protected:
     static std::pair<HRESULT, bool> extract(const vfs::item_ptr& item) {
         HBITMAP bitmap = reinterpret_cast<HBITMAP>(1);
         const HRESULT status = extractor_of(item)->Extract(&bitmap);
-        const unique_bitmap owner(bitmap);
+        const ui::unique_bitmap owner(bitmap);
         BITMAP description{};
         GetObjectW(bitmap, sizeof(description), &description);
         return {status, description.bmWidth == 256 && description.bmHeight == 171};
@@ -93,8 +93,7 @@ TEST_F(thumbnails, are_fetched_once_and_kept_as_they_came) {
               E_PENDING);
     EXPECT_EQ(location, path);
     EXPECT_EQ(priority, 0x10000000U);
-    EXPECT_EQ(path.native().substr(path.native().rfind(L"\\Quilldeck\\")),
-              L"\\Quilldeck\\Thumbnails\\" + dusk->get_id());
+    EXPECT_TRUE(path.native().ends_with(L"\\Quilldeck\\Thumbnails\\" + dusk->get_id()));
     EXPECT_EQ(asked(), "");
 
     // The shell asks on a thread in the background.
@@ -143,6 +142,7 @@ TEST_F(thumbnails, that_are_no_pictures_stay_and_failures_leave_nothing) {
         EXPECT_EQ(cached(), reply);
         EXPECT_EQ(asked().empty(), look == 1);
     }
+    EXPECT_TRUE(fs::remove(path)) << "still held";
     // A text has no thumbnail: the store answers an error.
     const auto documents = find<vfs::directory>(*root_of(session), L"Documents");
     const auto plan = find<vfs::file>(*documents, L"Plan.pdf");
@@ -203,11 +203,7 @@ TEST_F(thumbnails, are_those_of_files_with_a_place) {
     EXPECT_EQ(extractor->init(pictures), E_FAIL);
     PIDLDATA nobody;
     EXPECT_EQ(extractor->init(*pictures, nobody), E_FAIL);
-    const auto folder = pictures->find_item_by_name(L"Holidays 2026", false);
-    EXPECT_EQ(extractor->init(*pictures, PIDLDATA(folder)), E_FAIL);
     EXPECT_EQ(extractor->GetLocation(location, MAX_PATH, nullptr, nullptr, 0, nullptr), E_FAIL);
-    EXPECT_EQ(extractor->Extract(&bitmap), E_FAIL);
-
     ASSERT_EQ(extractor->init(dusk), S_OK);
     control.reset();
     EXPECT_EQ(extractor->Extract(&bitmap), E_FAIL) << "before a place is known";
@@ -218,8 +214,6 @@ TEST_F(thumbnails, are_those_of_files_with_a_place) {
     }
     EXPECT_EQ(extractor->GetLocation(location, length + 1, nullptr, nullptr, 0, nullptr), S_OK);
     EXPECT_EQ(location, path);
-    EXPECT_EQ(extractor->GetLocation(nullptr, length, nullptr, nullptr, 0, nullptr), E_POINTER);
-    EXPECT_EQ(extractor->Extract(nullptr), E_POINTER);
     for (const auto id : {L"..\\out", L"a/b", L"C:", L"file:stream"}) {
         EXPECT_THROW(get_thumbnail_path(id), std::wstring);
     }
