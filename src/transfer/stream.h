@@ -1,0 +1,85 @@
+#pragma once
+
+#include "com/object.h"
+#include "transfer/istream_impl.h"
+#include "transfer/retry_prompt.h"
+#include "vfs/exceptions.h"
+#include "vfs/file.h"
+
+#include <objidl.h>
+
+#include <memory>
+#include <string>
+
+namespace transfer {
+
+/// A file of the store as a stream that any program can read or write. It belongs to one thread, as
+/// the open file does. Those who read it have no way to tell their user what went wrong, so each
+/// failing operation asks the user itself and is made again on demand, unless the reader wants
+/// silence.
+class CStreamImpl final
+    : public com::object<CStreamImpl, IStreamImpl, com::chain<IStream, ISequentialStream>> {
+public:
+    /// `prompt` must outlive the stream.
+    explicit CStreamImpl(IRetryPrompt& prompt) noexcept : m_prompt(prompt) {}
+
+    /// Closes the file, which makes an upload its content.
+    ~CStreamImpl() override;
+
+    /// Opens the file for reading.
+    HRESULT Init(const std::shared_ptr<vfs::file>& file) noexcept;
+
+    HRESULT STDMETHODCALLTYPE SetSilent() override;
+    HRESULT STDMETHODCALLTYPE GetError(LPWSTR lpzsMessage, LPWSTR lpszDescription, int nMessageLen,
+                                       int nDescriptionLen) override;
+
+    /// S_FALSE once the end has been met; fewer bytes than asked for are S_OK.
+    HRESULT STDMETHODCALLTYPE Read(void* buffer, ULONG count, ULONG* read) override;
+    /// Reopens a file that was being read, with its content to be replaced, at the same position.
+    HRESULT STDMETHODCALLTYPE Write(const void* buffer, ULONG count, ULONG* written) override;
+    /// Asks nobody: a store that cannot seek would make each look at a stream's size a question.
+    HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER move, DWORD origin,
+                                   ULARGE_INTEGER* position) override;
+    /// Copies until the end, a failure, or a target that takes less; the counts tell how far. The
+    /// result is S_OK in any case.
+    HRESULT STDMETHODCALLTYPE CopyTo(IStream* target, ULARGE_INTEGER count, ULARGE_INTEGER* read,
+                                     ULARGE_INTEGER* written) override;
+    /// Sets `cbSize` and leaves all else as it is.
+    HRESULT STDMETHODCALLTYPE Stat(STATSTG* stat, DWORD flag) override;
+
+    HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER) override { return E_NOTIMPL; }
+
+    HRESULT STDMETHODCALLTYPE Commit(DWORD) override { return E_NOTIMPL; }
+
+    HRESULT STDMETHODCALLTYPE Revert() override { return E_NOTIMPL; }
+
+    HRESULT STDMETHODCALLTYPE LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override {
+        return E_NOTIMPL;
+    }
+
+    HRESULT STDMETHODCALLTYPE UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override {
+        return E_NOTIMPL;
+    }
+
+    HRESULT STDMETHODCALLTYPE Clone(IStream**) override { return E_NOTIMPL; }
+
+private:
+    /// Makes the operation until it succeeds, true, or is given up. `text` tells of its failure.
+    template <class Operation>
+    bool attempt(UINT text, const vfs::file& file, const Operation& operation);
+    bool turn_around();
+    void keep(const vfs::exception& failure);
+
+    IRetryPrompt& m_prompt;
+    /// Null until it has been opened.
+    std::shared_ptr<vfs::file> m_file;
+    bool m_show_errors = true;
+    std::wstring m_last_message;
+    std::wstring m_last_description;
+};
+
+/// A stream over `file`, opened, queried for `iid`; failures of opening it are shown. E_NOINTERFACE
+/// for an item that is no `vfs::file`.
+HRESULT create_stream(const vfs::item_ptr& file, REFIID iid, void** result) noexcept;
+
+} // namespace transfer
