@@ -4,7 +4,6 @@
 #include "vfs_quilldeck/transfer_stream.h"
 
 #include <array>
-#include <ctime>
 #include <memory>
 #include <string>
 #include <vector>
@@ -74,6 +73,7 @@ TEST_F(states_test, calls_in_the_wrong_state_fail_with_their_texts) {
     store(L"file", make_content(100'000, 1));
     const file_ptr file = find(L"file");
     const auto expect_closed = [&] {
+        EXPECT_FALSE(file->is_eof());
         expect_failure(L"Read failed", L"File not opened", [&] { file->read(buffer.data(), 1); });
         expect_failure(L"Write failed", L"File not opened", [&] { file->write(buffer.data(), 1); });
         expect_failure(L"Read failed", L"buffer is NULL", [&] { file->read(nullptr, 1); });
@@ -90,40 +90,11 @@ TEST_F(states_test, calls_in_the_wrong_state_fail_with_their_texts) {
     file->open(overwrite, 1);
     expect_failure(L"Read failed", L"Incorrect file mode", [&] { file->read(buffer.data(), 1); });
     EXPECT_EQ(file->write(buffer.data(), 100), 100U);
+    EXPECT_FALSE(file->is_eof());
     file->close(0);
     EXPECT_EQ(fetch(L"file").size(), 100U);
     expect_failure(L"Internal error", L"file::is_bof(): Operation not implemented",
                    [&] { file->is_bof(); });
-}
-
-TEST_F(states_test, closing_an_upload_records_its_time_and_size) {
-    const std::time_t before = std::time(nullptr);
-    const file_ptr file = create(L"file");
-    control.reset();
-    file->close(0);
-    EXPECT_GE(file->get_modification_date(), before);
-    EXPECT_LE(file->get_modification_date(), std::time(nullptr));
-    EXPECT_EQ(find(L"file")->get_modification_date(), file->get_modification_date());
-    EXPECT_EQ(fetch(L"file"), content());
-    const auto first = requests_of("close_file_upload").at(0);
-    EXPECT_EQ(first.value_of("file_size"), "0");
-    EXPECT_EQ(first.body.find("action=close_file_upload&file_id="), 0U);
-    const std::array<std::string, 5> order = {"&temp_location=", "&file_time=", "&file_size=0",
-                                              "&is_pro=0", "&"};
-    std::size_t at = 0;
-    for (const std::string& part : order) {
-        at = first.body.find(part, at + 1);
-        ASSERT_NE(at, std::string::npos) << part << " in " << first.body;
-    }
-
-    file->open(overwrite, 3);
-    EXPECT_EQ(requests_of("open_file_upload").at(0).value_of("size"), "3");
-    EXPECT_EQ(file->write("abc", 3), 3U);
-    file->close(12'345);
-    EXPECT_EQ(file->get_size(), 3);
-    EXPECT_EQ(file->get_modification_date(), 12'345);
-    EXPECT_EQ(find(L"file")->get_modification_date(), 12'345);
-    EXPECT_EQ(fetch(L"file"), (content{'a', 'b', 'c'}));
 }
 
 TEST_F(states_test, a_file_can_be_rewound_and_no_more) {
@@ -155,36 +126,6 @@ TEST_F(states_test, a_file_can_be_rewound_and_no_more) {
     control.fault({{"kind", "cut_download"}, {"bytes", "0"}});
     expect_failure(L"Seek error", broken_line, [&] { file->seek(0, 0); });
     file->close(0);
-}
-
-TEST_F(states_test, the_end_is_told_once_all_bytes_are_delivered) {
-    const content data = make_content(1'000'001, 3);
-    store(L"file", data);
-    store(L"empty", {});
-    const file_ptr file = find(L"file");
-    EXPECT_FALSE(file->is_eof());
-    file->open(vfs::modeRead, 0);
-    EXPECT_FALSE(file->is_eof());
-    content read(data.size() - 1);
-    ASSERT_EQ(file->read(read.data(), static_cast<std::uint32_t>(read.size())), read.size());
-    EXPECT_FALSE(file->is_eof());
-    EXPECT_EQ(file->read(buffer.data(), 100), 1U);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_TRUE(file->is_eof());
-        EXPECT_EQ(file->read(buffer.data(), 100), 0U);
-    }
-    EXPECT_EQ(file->get_pos(), std::ssize(data));
-    file->close(0);
-    EXPECT_FALSE(file->is_eof());
-
-    const file_ptr empty = find(L"empty");
-    empty->open(vfs::modeRead, 0);
-    EXPECT_EQ(empty->read(buffer.data(), 100), 0U);
-    EXPECT_TRUE(empty->is_eof());
-    empty->close(0);
-    empty->open(overwrite, 0);
-    EXPECT_FALSE(empty->is_eof());
-    empty->close(0);
 }
 
 // A handle that has resumed an upload is used again, and some versions of libcurl leave it
