@@ -1,89 +1,60 @@
-"""The tree: clashes, Trash, copies, quota, the account's own requests."""
+"""The tree, what it shows to the outside, and requests that no client should send."""
 from __future__ import annotations
 
-from .harness import Refused, ServiceTest
+from .harness import Node, Refused, ServiceTest
 
 
 class Tree(ServiceTest):
-    def clash(self, client: object, action: str, **params: object) -> None:
-        with self.assertRaises(Refused) as caught:
-            client.ask(action, **params)
-        self.assertEqual(caught.exception.kind, 1, str(caught.exception))
-
-    def test_clashes_fold_ascii_only_and_span_kinds(self) -> None:
-        client = self.fresh("clasher")
-        folder = client.ask("create_dir", dir_id=0, dir_access=0, name="Abc É").all("Directory")[0]
-        self.clash(client, "create_dir", dir_id=0, dir_access=0, name="aBC É")
-        self.clash(client, "create_file", dir_id=0, dir_access=0, name="abc É", size=0, is_pro=0)
-        file = client.put("abc é", b"1")
-        self.clash(client, "rename_file", new_name="ABC É", file_id=file["ID"])
-        client.ask("rename_file", new_name="ABC é", file_id=file["ID"])
-        client.ask("rename_dir", new_name="ABC É", dir_id=folder["ID"])
-        self.assertEqual(client.names(), ["ABC É", "ABC é"])
-
     def test_trash_restore_and_removal(self) -> None:
         client = self.fresh("trasher")
-        top = client.ask("create_dir", dir_id=0, dir_access=0, name="top").all("Directory")[0]["ID"]
-        sub = client.ask("create_dir", dir_id=top, dir_access=0, name="sub").all("Directory")[0]["ID"]
+        top = client.make("top")
+        sub = client.make("sub", top)
         early = client.put("early", b"e", sub)
         late = client.put("late", b"late", sub)
-        client.ask("move_file_to_trash", file_id=early["ID"])
+        client.ask("move_file_to_trash", file_id=early)
         client.put("early", b"new one", sub)
-        self.clash(client, "restore_file_from_trash", file_id=early["ID"])
+        with self.assertRaisesRegex(Refused, "already exists"):
+            client.ask("restore_file_from_trash", file_id=early)
         client.ask("move_dir_to_trash", dir_id=top)
         self.assertEqual(client.names(), [])
-        trash = client.ask("list_trash_dir")
-        self.assertEqual([n["Name"] for n in trash.all("Directory") + trash.all("File")], ["top", "early"])
-        self.assertGreater(int(trash.all("File")[0]["DateDeleted"]), 1_600_000_000)
+        self.assertEqual([node["Name"] for node in client.ask("list_trash_dir").entries()],
+                         ["top", "early"])
         with self.assertRaisesRegex(Refused, "Trash"):
-            client.ask("create_dir", dir_id=top, dir_access=0, name="x")
-        client.ask("restore_file_from_trash", file_id=early["ID"])
+            client.make("x", top)
+        client.ask("restore_file_from_trash", file_id=early)
         self.assertEqual(client.names(), ["early"], "its folder is away, so it comes to the root")
-        client.ask("move_file_to_trash", file_id=early["ID"])
+        client.ask("move_file_to_trash", file_id=early)
         client.ask("restore_dir_from_trash", dir_id=top)
         self.assertEqual(client.names(sub), ["early", "late"])
-        client.ask("move_file_to_trash", file_id=late["ID"])
+        client.ask("move_file_to_trash", file_id=late)
         client.ask("remove_dir", dir_id=top)
-        self.assertEqual(sorted(n["Name"] for n in client.ask("list_trash_dir").all("File")),
+        self.assertEqual(sorted(node["Name"] for node in client.ask("list_trash_dir").entries()),
                          ["early", "late"], "what was in the Trash by itself stays")
-        client.ask("restore_file_from_trash", file_id=late["ID"])
-        self.assertEqual(client.get(client.find("late")["Location"]), b"late")
+        client.ask("restore_file_from_trash", file_id=late)
+        self.assertEqual(client.content("late"), b"late")
         self.assertEqual(client.ask("get_storage_info")["SpaceUsed"], "5")
 
-    def test_copy_and_move(self) -> None:
+    def test_a_copy_keeps_the_content_of_what_is_gone(self) -> None:
         client = self.fresh("copier")
-        folder = client.ask("create_dir", dir_id=0, dir_access=2, name="f").all("Directory")[0]
-        file = client.put("x.jpg", b"bytes", date=777)
-        client.ask("set_file_description", file_id=file["ID"], description="d")
-        client.ask("set_file_price", file_id=file["ID"], price="1.5")
-        client.ask("copy_file", dst_dir_id=folder["ID"], src_file_id=file["ID"], move=0, is_pro=0)
-        twin = client.find("x.jpg", folder["ID"])
-        self.assertEqual((twin["Description"], twin["Price"], twin["DateModified"], twin["Size"]),
-                         ("d", "1.5", "777", "5"))
-        self.clash(client, "copy_file", dst_dir_id=folder["ID"], src_file_id=file["ID"], move=1, is_pro=0)
-        client.ask("remove_file", file_id=file["ID"])
-        self.assertEqual(client.get(twin["Location"]), b"bytes", "the copy keeps the content")
-        client.ask("copy_file", dst_dir_id=0, src_file_id=twin["ID"], move=1, is_pro=0)
-        self.assertEqual(client.find("x.jpg")["ID"], twin["ID"])
-        self.assertEqual(client.names(folder["ID"]), [])
+        folder = client.make("f")
+        file = client.put("x.jpg", b"bytes")
+        client.ask("set_file_price", file_id=file, price="1.5")
+        client.ask("copy_file", dst_dir_id=folder, src_file_id=file, move=0)
+        client.ask("remove_file", file_id=file)
+        self.assertEqual(client.find("x.jpg", folder)["Price"], "1.5")
+        self.assertEqual(client.content("x.jpg", folder), b"bytes")
         self.assertEqual(client.ask("get_storage_info")["SpaceUsed"], "5")
 
-    def test_folder_signs_paths_and_links(self) -> None:
-        client = self.client()
+    def test_folder_signs_and_links(self) -> None:
+        client = self.client("demo")
         pictures, music = client.find("Pictures"), client.find("Music")
         self.assertEqual([pictures[n] for n in ("IsGallery", "IsMP3", "HasSubfolders", "Access")],
                          ["True", "False", "True", "1"])
         self.assertEqual([music[n] for n in ("IsGallery", "IsMP3")], ["False", "True"])
-        holidays = client.find("Holidays 2026", pictures["ID"])
-        tea = client.find("Tea + cake.png", holidays["ID"])
-        self.assertEqual(client.ask("get_file_path", file_id=tea["ID"])["Path"],
-                         "Pictures/Holidays 2026/Tea + cake.png")
-        self.assertEqual(client.ask("get_dir_path", dir_id=0)["Path"], "")
-        form = "&".join(f"{k}={v}" for k, v in client.common) + "&shared_user_id=&file_id="
-        jpeg = client.raw("/v1/qd_thumbnail.php", (form + tea["ID"]).encode())
-        self.assertEqual((jpeg[:2], jpeg[6:10]), (b"\xff\xd8", b"JFIF"))
+        tea = client.find("Tea + cake.png", client.find("Holidays 2026", pictures["ID"])["ID"])
         text = client.find("Plan.pdf", client.find("Documents")["ID"])
-        self.assertIn(b"<Error>", client.raw("/v1/qd_thumbnail.php", (form + text["ID"]).encode()))
+        with self.assertRaises(Refused):
+            client.post("/qd_thumbnail.php", **client.common, shared_user_id="", file_id=text["ID"])
         for link, status in ((tea["Link"], 200), (tea["DirectLink"], 206), (music["Link"], 404),
                              (text["DirectLink"].replace("/d/", "/d/0"), 404)):
             client.line.request("GET", link.split(str(self.service.port))[1],
@@ -95,23 +66,39 @@ class Tree(ServiceTest):
         with self.assertRaisesRegex(Refused, "home"):
             client.ask("remove_dir", dir_id=client.find("My files")["ID"])
 
-    def test_settings_notifications_profiles(self) -> None:
-        client = self.client()
-        self.assertEqual(len(client.ask("get_user_notifications", version="", pro_version="")
-                             .all("Notification")), 2)
-        client.ask("set_pro_setting", setting_name="ratio", setting_value="1.5", setting_type=2)
-        client.ask("set_pro_setting", setting_name="ratio", setting_value="7", setting_type=1)
-        with self.assertRaises(Refused):
-            client.ask("set_pro_setting", setting_name="ratio", setting_value="7.5", setting_type=1)
-        kept = {n["Name"]: (n["Value"], n["Type"])
-                for n in client.ask("get_pro_settings").all("ProSetting")}
-        self.assertEqual(kept["ratio"], ("7", "1"))
+
+class Requests(ServiceTest):
+    def test_refused_names_and_accounts(self) -> None:
+        client = self.fresh("namer")
+        for name in ("", "   ", ".", "..", "a/b", "a\\b", "a\nb", "\x7f", "n" * 256,
+                     "\U0001f3b5" * 128, "half \ud83c"):
+            self.refused(client, "create_dir", dir_id=0, dir_access=0, name=name)
+        client.make("n" * 255)
+        client.ask("set_dir_description", dir_id=client.make("x"), description="ends in \\")
+        self.assertEqual(client.find("x")["Description"], "ends in \\ ")
+        self.refused(client, "set_pro_setting", setting_name="n", setting_value="7.5", setting_type=1)
         good = {"user_name": "newcomer", "passwd": "pass", "verify_passwd": "pass",
                 "email": "new@comer.test", "first_name": "N", "last_name": "C"}
         for wrong in ({"verify_passwd": "Pass"}, {"email": "a@b"}, {"user_name": "DEMO"},
                       {"user_name": "Visitor"}, {"passwd": "abc", "verify_passwd": "abc"},
                       {"user_name": "a b"}, {"email": "ANNA@quilldeck.example"}):
             with self.subTest(wrong=wrong), self.assertRaises(Refused):
-                client.post("/v1/qd_profile.php", action="new_profile", **good | wrong)
-        client.post("/v1/qd_profile.php", action="new_profile", **good)
+                client.post("/qd_profile.php", action="new_profile", **good | wrong)
+        client.post("/qd_profile.php", action="new_profile", **good)
         self.assertEqual(self.client("new@comer.test", "pass").names(), [])
+
+    def test_requests_that_make_no_sense(self) -> None:
+        client = self.client("demo")
+        bodies = (b"", b"&&&", b"=", b"action", b"action=list_dir", b"action=list_dir&dir_id=x",
+                  b"action=%zz&%=%", bytes(range(256)), b"action=login&user=\xff\xed\xa0&pass=\xc3",
+                  b"action=list_dir&dir_id=99999999999999999999&" + b"user_id=" + client.user_id.encode())
+        requests = [("/qd_operations.php", body) for body in bodies]
+        requests += [("/none.php", b"x=1"), ("/qd_operations.php", b"x" * (1 << 21)),
+                     ("/qd_profile.php", b"action=x"), ("/qd_thumbnail.php", b"")]
+        for path, body in requests:
+            with self.subTest(path=path, body=body[:80]):
+                error = Node.parse(client.raw(path, body)).all("Error")[0]
+                self.assertEqual(error["Type"], "0")
+                self.assertTrue(error["Name"] and error["Description"])
+                self.assertNotEqual(error["Name"], "Store error")
+        self.assertIn("Music", client.names())

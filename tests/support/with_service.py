@@ -38,21 +38,24 @@ START_SECONDS = 60
 
 
 class Store:
-    """A store in `folder`, serving when the constructor returns."""
+    """A store in `folder`, which may be that of one that has ended. It serves when the constructor
+    returns.
+    """
 
     def __init__(self, folder: Path, *options: str) -> None:
-        folder.mkdir()
+        folder.mkdir(exist_ok=True)
         folder.chmod(0o711)
         self.ready_file = folder / "ready.json"
+        self.ready_file.unlink(missing_ok=True)
         self._log_file = folder / "service.log"
         with open(self._log_file, "wb") as log:
-            self._process = subprocess.Popen(
+            self.process = subprocess.Popen(
                 ["/usr/bin/python3", SERVICE, "--data", folder / "data", "--https-port", "0",
                  "--ftp-port", "0", "--ready-file", self.ready_file, "--demo", "--test-control",
                  *options], stdin=subprocess.DEVNULL, stdout=log, stderr=log)
         deadline = time.monotonic() + START_SECONDS
         while not self.ready_file.exists():
-            if self._process.poll() is not None or time.monotonic() > deadline:
+            if self.process.poll() is not None or time.monotonic() > deadline:
                 self.stop()
                 raise RuntimeError("the store did not start:\n" + self._log_file.read_text())
             time.sleep(0.02)
@@ -60,16 +63,16 @@ class Store:
 
     def stop(self) -> bool:
         """Ends the store; False when it did not end well."""
-        if self._process.poll() is not None:
+        if self.process.poll() is not None:
             # Some tests end their store. Where one did not, this tells why nothing answered.
             print("with_service: the store had ended before its user:\n"
                   + self._log_file.read_text(), file=sys.stderr)
-        self._process.terminate()
+        self.process.terminate()
         try:
-            code = self._process.wait(15)
+            code = self.process.wait(15)
         except subprocess.TimeoutExpired:
-            self._process.kill()
-            code = self._process.wait()
+            self.process.kill()
+            code = self.process.wait()
         if code not in (0, -signal.SIGTERM):
             print(f"with_service: the store ended with {code}:\n" + self._log_file.read_text(),
                   file=sys.stderr)

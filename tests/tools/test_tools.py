@@ -81,35 +81,7 @@ class Lint(Folder):
         self.assertEqual(5, len(set(keys)))
 
 
-class Command(Folder):
-    def test_help_and_unknown_commands(self) -> None:
-        usage = run(ROOT / "quilldeck")
-        self.assertEqual(0, usage.returncode)
-        for line in usage.stdout.splitlines():
-            words = line.split()
-            if line.startswith("  ") and words[0] != "help":
-                text = run(ROOT / "quilldeck", words[0], "--help")
-                self.assertEqual((0, True), (text.returncode, text.stdout.startswith(words[0] + ":")))
-        self.assertEqual(2, run(ROOT / "quilldeck", "bild").returncode)
-
-    def test_an_archive_depends_on_contents_alone(self) -> None:
-        path = self.write("in/b.txt", "b")
-        self.write("in/a/c.txt", "c")
-        archives = []
-        for number in (1, 2):
-            os.utime(path, (number * 10**9, number * 10**9))
-            archive = self.folder / f"{number}.zip"
-            self.assertEqual(0, run(sys.executable, BUILD / "pack.py", self.folder / "in",
-                                    archive).returncode)
-            archives.append(archive.read_bytes())
-        self.assertEqual(archives[0], archives[1])
-
-
 class Wine(Folder):
-    def environment(self) -> dict[str, str]:
-        # A run inside another would take that one's prefix.
-        return {key: value for key, value in os.environ.items() if key != "QUILLDECK_WINEPREFIX"}
-
     def prefixes(self, owner: int) -> list[Path]:
         return list((CACHE / "prefixes").glob(f"{owner}.*"))
 
@@ -122,9 +94,12 @@ class Wine(Folder):
                     found.append((int(folder.name), (folder / "cmdline").read_bytes()))
         return found
 
-    def start(self, *arguments: str) -> subprocess.Popen:
-        return subprocess.Popen([WINE_RUN, CMD, "/c", *arguments], stdin=subprocess.DEVNULL,
-                                env=self.environment())
+    def start(self, command: str, **options: object) -> subprocess.Popen:
+        # A run inside another would take that one's prefix.
+        environment = {key: value for key, value in os.environ.items()
+                       if key != "QUILLDECK_WINEPREFIX"}
+        return subprocess.Popen([WINE_RUN, CMD, "/c", command], stdin=subprocess.DEVNULL,
+                                env=environment, **options)
 
     def wait_for(self, what: object) -> None:
         deadline = time.monotonic() + 60
@@ -132,47 +107,31 @@ class Wine(Folder):
             self.assertLess(time.monotonic(), deadline)
             time.sleep(0.05)
 
-    def test_codes_and_prefixes_of_their_own(self) -> None:
-        writer = self.start("echo here> C:\\mark.txt & if exist C:\\mark.txt exit 7")
-        self.assertEqual(7, writer.wait(60))
-        self.assertEqual([], self.prefixes(writer.pid))
-        self.assertEqual(3, self.start("if not exist C:\\mark.txt exit 3").wait(60))
-
     def test_a_program_left_running_does_not_hold_the_terminal(self) -> None:
         near, far = os.openpty()
         self.addCleanup(os.close, near)
-        command = subprocess.Popen(
-            [WINE_RUN, CMD, "/c", "start /b cmd /c for /l %i in (1,0,2) do rem & exit 4"],
-            stdin=subprocess.DEVNULL, stdout=far, env=self.environment())
+        command = self.start("start /b cmd /c for /l %i in (1,0,2) do rem & exit 4", stdout=far)
         os.close(far)
         self.assertEqual(4, command.wait(60))
 
     def test_an_end_from_outside_leaves_nothing(self) -> None:
         mark = self.folder / "started"
-        ping = f"echo x> Z:{mark} & for /l %i in (1,0,2) do rem"
-        ended = self.start(ping)
-        self.wait_for(mark.exists)
-        ended.send_signal(signal.SIGTERM)
-        self.assertEqual(143, ended.wait(60))
-        self.assertEqual([], self.prefixes(ended.pid))
-
-        # Wine's server ends: its programs would stand still.
-        mark.unlink()
-        orphan = self.start(ping)
-        self.wait_for(mark.exists)
-        prefix = f"WINEPREFIX={self.prefixes(orphan.pid)[0]}".encode()
-        server, = [pid for pid, command in self.processes(prefix) if b"wineserver64\0-p\0" in command]
-        os.kill(server, signal.SIGKILL)
-        self.assertEqual(1, orphan.wait(60))
-        self.assertEqual([], self.processes(prefix))
-
-        mark.unlink()
-        killed = self.start(ping)
-        self.wait_for(mark.exists)
-        killed.kill()
-        killed.wait()
-        left = self.prefixes(killed.pid)
-        self.assertEqual(1, len(left))
+        # Asked to end, killed, and with Wine's server gone, without which its programs stand still.
+        for number, code in ((signal.SIGTERM, 143), (None, 1), (signal.SIGKILL, -signal.SIGKILL)):
+            mark.unlink(missing_ok=True)
+            ended = self.start(f"echo x> Z:{mark} & for /l %i in (1,0,2) do rem")
+            self.wait_for(mark.exists)
+            prefix = f"WINEPREFIX={self.prefixes(ended.pid)[0]}".encode()
+            if number:
+                ended.send_signal(number)
+            else:
+                server, = [pid for pid, command in self.processes(prefix)
+                           if b"wineserver64\0-p\0" in command]
+                os.kill(server, signal.SIGKILL)
+            self.assertEqual(code, ended.wait(60))
+            left = self.prefixes(ended.pid)
+            self.assertEqual(number == signal.SIGKILL, bool(left))
+            self.assertTrue(left or not self.processes(prefix))
         self.assertEqual(0, self.start("exit 0").wait(60))
         self.assertFalse(left[0].exists())
 
