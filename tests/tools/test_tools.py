@@ -2,6 +2,9 @@
 from __future__ import annotations
 
 import contextlib
+import contextlib
+import io
+import json
 import os
 import signal
 import subprocess
@@ -10,6 +13,7 @@ import tempfile
 import time
 import unittest
 from pathlib import Path
+from unittest import mock
 
 ROOT = Path(__file__).resolve().parents[2]
 BUILD = ROOT / "tools" / "build"
@@ -19,6 +23,7 @@ CACHE = Path(os.environ.get("QUILLDECK_CACHE") or Path(
     os.environ.get("XDG_CACHE_HOME") or Path.home() / ".cache") / "quilldeck")
 
 sys.path.insert(0, str(BUILD))
+import compile32  # noqa: E402
 import tidy  # noqa: E402
 
 
@@ -79,6 +84,21 @@ class Lint(Folder):
         keys += [tidy.key(source, "g++", "19"), tidy.key(source, "g++ -O2", "19"),
                  tidy.key(source, "g++", "20")]
         self.assertEqual(5, len(set(keys)))
+
+    def test_what_compiles_for_64_bits_only_is_a_fault(self) -> None:
+        source = self.write("src/a/a.cpp", "static_assert(sizeof(void*) == 8);\n")
+        self.write(".clang-tidy", "")
+        command = f"ccache x86_64-w64-mingw32-g++-posix -MD -MT a.obj -MF a.d -o a.obj -c {source}"
+        self.write("compile_commands.json", json.dumps(
+            [{"file": str(source), "directory": str(self.folder), "command": command}]))
+        root, tidy.ROOT = tidy.ROOT, self.folder
+        self.addCleanup(setattr, tidy, "ROOT", root)
+        arguments = ["compile32.py", "--cache", str(self.folder / "cache"), str(self.folder)]
+        with mock.patch.object(sys, "argv", arguments), contextlib.redirect_stdout(io.StringIO()):
+            self.assertEqual(1, compile32.main())
+            source.write_text("static_assert(sizeof(void*) == 4);\n")
+            self.assertEqual(0, compile32.main())
+        self.assertFalse((self.folder / "a.obj").exists())
 
 
 class Wine(Folder):

@@ -1,9 +1,10 @@
 #!/bin/bash
 # lint: check format, code, scripts and layers
 #
-# clang-format and clang-tidy over the C++ code, the directions of includes between the folders of
-# src/, shellcheck over the scripts, and whether the Python code compiles. Changes nothing;
-# ./quilldeck format mends the format. clang-tidy's good results are kept in the cache.
+# clang-format and clang-tidy over the C++ code, whether the extension compiles for 32 bits, the
+# directions of includes between the folders of src/, shellcheck over the scripts, and whether the
+# Python code compiles. Changes nothing; ./quilldeck format mends the format. Good results of the
+# slow checks are kept in the cache.
 set -euo pipefail
 . "$ROOT/tools/build/common.sh"
 . "$ROOT/tools/build/sources.sh"
@@ -27,7 +28,7 @@ for path in sys.argv[1:]:
     with open(path, encoding="utf-8") as source:
         compile(source.read(), path, "exec", dont_inherit=True)'
 }
-check_code() {
+configure() {
     local preset
     for preset in checked release; do
         cmake --preset "$preset" >"$CACHE/configure.log" 2>&1 || {
@@ -35,14 +36,17 @@ check_code() {
             return 1
         }
     done
-    "$PYTHON" tools/build/tidy.py --cache "$CACHE/tidy" build/checked build/release
 }
+check_code() { "$PYTHON" tools/build/tidy.py --cache "$CACHE/tidy" build/checked build/release; }
+check_32_bits() { "$PYTHON" tools/build/compile32.py --cache "$CACHE/compile32" build/checked; }
 
 check format check_format
 check layers "$PYTHON" tools/build/layers.py
 check scripts check_scripts
 check python check_python
+check configuration configure
 check code check_code
+check '32 bits' check_32_bits
 
 [ ${#failed[@]} = 0 ] || die "lint failed: ${failed[*]}"
 say "lint found nothing"
