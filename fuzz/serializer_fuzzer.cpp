@@ -1,6 +1,7 @@
 /// The reader of settings texts beside a plain one that follows the format's rules word by word,
 /// and what it read written and read again.
 #include "check.h"
+#include "serializer/document.h"
 #include "serializer/exceptions.h"
 #include "serializer/node.h"
 
@@ -66,7 +67,7 @@ node read(std::istream& in, int depth) {
         expect(in, '<');
     }
     in.get();
-    if (read_token(in) != element.name) {
+    if (std::wstring_view(element.name) != read_token(in)) {
         throw broken();
     }
     expect(in, '>');
@@ -110,7 +111,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         is_broken = true;
     }
     std::istringstream in(text);
-    node tree;
+    serializer::document document;
+    node& tree = document.root();
     try {
         tree.deserialize(in);
         fuzz::check(!is_broken, "a broken text is seen");

@@ -5,12 +5,14 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <memory>
 
 namespace serializer {
 
 /// The last tree that was read from or written to a file. Times are seconds since 1970.
 struct cache_entry {
-    node tree;
+    /// Never changed, as those who loaded it hold it too.
+    std::shared_ptr<const node> tree;
     /// The file's last-write time when `tree` was taken; -1: `tree` was never filled.
     std::int64_t modified = -1;
     std::int64_t last_used = -1;

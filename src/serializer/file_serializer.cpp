@@ -1,19 +1,14 @@
 #include "serializer/file_serializer.h"
 
-#include "serializer/exceptions.h"
+#include "serializer/document.h"
 #include "serializer/file_cache.h"
-
-#include <ext/stdio_filebuf.h>
-#include <fcntl.h>
-#include <io.h>
-#include <share.h>
-#include <sys/stat.h>
+#include "serializer/settings_file.h"
 
 #include <chrono>
-#include <istream>
 #include <mutex>
-#include <ostream>
 #include <source_location>
+#include <sstream>
+#include <utility>
 
 namespace serializer {
 
@@ -45,73 +40,21 @@ std::int64_t last_write_seconds(const fs::path& path) {
             std::chrono::file_clock::to_sys(fs::last_write_time(path)).time_since_epoch())));
 }
 
-fs::path with_suffix(fs::path path, const wchar_t* suffix) {
-    return path += suffix;
+std::shared_ptr<const node> read_tree(const fs::path& path, const char* where) {
+    const auto read = std::make_shared<document>();
+    read->root().deserialize(read_file(path, where));
+    return {read, &read->root()};
 }
 
-/// A file opened with a sharing mode, which the standard's own streams cannot be given.
-class shared_file {
-public:
-    shared_file(const fs::path& path, int flags, int sharing, std::ios::openmode mode)
-        : buffer_(open(path, flags, sharing), mode | std::ios::binary) {}
-
-    bool is_open() const { return buffer_.is_open(); }
-
-    std::streambuf* buffer() { return &buffer_; }
-
-    /// Writes what is left; false if that fails.
-    bool close() { return buffer_.close() != nullptr; }
-
-private:
-    static int open(const fs::path& path, int flags, int sharing) {
-        int descriptor = -1;
-        _wsopen_s(&descriptor, path.c_str(), flags | _O_BINARY | _O_NOINHERIT, sharing,
-                  _S_IREAD | _S_IWRITE);
-        return descriptor;
-    }
-
-    __gnu_cxx::stdio_filebuf<char> buffer_;
-};
-
-void read_file(const fs::path& path, node& tree, const char* where) {
-    shared_file file(path, _O_RDONLY, _SH_DENYWR, std::ios::in);
-    if (!file.is_open()) {
-        throw serializer_exception(where, "Stream can not be opened for reading");
-    }
-    std::istream in(file.buffer());
-    tree.deserialize(in);
-}
-
-void write_file(const fs::path& path, const node& tree, const char* where) {
-    shared_file file(path, _O_WRONLY | _O_CREAT | _O_TRUNC, _SH_DENYRW, std::ios::out);
-    if (!file.is_open()) {
-        throw serializer_exception(where, "Stream can not be opened for writing");
-    }
-    std::ostream out(file.buffer());
-    tree.serialize(out);
-    if (!out.flush() || !file.close()) {
-        throw serializer_exception(where, "Stream can not be written");
-    }
-}
-
-/// Puts the written neighbour in the file's place. The rename replaces the old file in one step, so
-/// that the path is never without one: whoever found none would begin with empty settings.
-void replace_file(const fs::path& path, const fs::path& written, bool keep_backup) {
-    const fs::path backup = with_suffix(path, L".bak");
-    fs::remove(backup);
-    if (keep_backup && fs::exists(path)) {
-        std::error_code no_links;
-        fs::create_hard_link(path, backup, no_links);
-        if (no_links) {
-            fs::rename(path, backup);
-        }
-    }
-    fs::rename(written, path);
+void write_tree(const fs::path& path, const node& tree, bool keep_backup, const char* where) {
+    std::ostringstream text;
+    tree.serialize(text);
+    replace_file(path, text.view(), keep_backup, where);
 }
 
 } // namespace
 
-node file_serializer::load_cached(const fs::path& path) {
+std::shared_ptr<const node> file_serializer::load_cached(const fs::path& path) {
     const char* where = std::source_location::current().function_name();
     shared_cache& cache = process_cache();
     const std::lock_guard guard(cache.cache_mutex);
@@ -120,9 +63,9 @@ node file_serializer::load_cached(const fs::path& path) {
     if (!entry.is_current(time)) {
         const std::int64_t reading = now();
         try {
-            read_file(path, entry.tree, where);
+            entry.tree = read_tree(path, where);
         } catch (...) {
-            entry.tree.clear();
+            entry.tree.reset();
             entry.modified = -1;
             entry.settled = false;
             throw;
@@ -133,21 +76,20 @@ node file_serializer::load_cached(const fs::path& path) {
     return entry.tree;
 }
 
-void file_serializer::save_cached(const fs::path& path, const node& tree, bool keep_backup) {
+void file_serializer::save_cached(const fs::path& path, node tree, bool keep_backup) {
     const char* where = std::source_location::current().function_name();
     shared_cache& cache = process_cache();
     const std::lock_guard guard(cache.cache_mutex);
     cache_entry& entry = cache.files.find(path);
-    if (entry.modified != -1 && fs::exists(path) && entry.tree == tree) {
+    if (entry.modified != -1 && fs::exists(path) && *entry.tree == tree) {
         // A file that somebody else wrote meanwhile is read again by the next load.
         const std::int64_t time = last_write_seconds(path);
         entry.settled = entry.is_current(time);
         entry.modified = time;
     } else {
-        const fs::path neighbour = with_suffix(path, L".tmp");
-        write_file(neighbour, tree, where);
-        replace_file(path, neighbour, keep_backup);
-        entry.tree = tree;
+        write_tree(path, tree, keep_backup, where);
+        // On the heap, wherever the caller's tree is: the entry outlives it.
+        entry.tree = std::make_shared<const node>(std::move(tree), node::allocator_type());
         entry.taken(last_write_seconds(path), now());
     }
     cache.files.used(entry, now());

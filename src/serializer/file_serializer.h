@@ -3,6 +3,7 @@
 #include "serializer/node.h"
 
 #include <filesystem>
+#include <memory>
 
 namespace serializer {
 
@@ -14,20 +15,14 @@ class file_serializer {
 public:
     file_serializer() = delete;
 
-    /// A copy of the file's tree. Throws `std::filesystem::filesystem_error` for a missing file,
-    /// `serializer_exception` for one that cannot be opened, and what `node::deserialize` throws;
-    /// the file stays as it is.
-    static node load_cached(const std::filesystem::path& path);
+    /// The file's tree as it is now; it does not change any more. Whoever wants to change it copies
+    /// it. Throws `std::filesystem::filesystem_error` for a missing file, `serializer_exception`
+    /// for one that cannot be opened, and what `node::deserialize` throws; the file stays as it is.
+    static std::shared_ptr<const node> load_cached(const std::filesystem::path& path);
 
-    /// Writes the tree, unless it is the one that was last loaded or saved. At any moment, also
-    /// when the process dies in between, the file is there with its old text or its new one, whole;
-    /// the new one is first written to a neighbour, `path` with ".tmp". `keep_backup` leaves the
-    /// old file as `path` with ".bak", else there is none afterwards.
-    ///
-    /// Throws `serializer_exception` when the neighbour cannot be opened or written,
-    /// `std::filesystem::filesystem_error` when a file cannot be removed or renamed, and what
-    /// `node::serialize` throws; the neighbour stays then.
-    static void save_cached(const std::filesystem::path& path, const node& tree, bool keep_backup);
+    /// Writes the tree, unless it is the one that was last loaded or saved. The file is replaced as
+    /// `replace_file` tells, and this throws what that and `node::serialize` throw.
+    static void save_cached(const std::filesystem::path& path, node tree, bool keep_backup);
 };
 
 } // namespace serializer

@@ -2,6 +2,7 @@
 
 #include <cwchar>
 #include <limits>
+#include <tuple>
 #include <utility>
 
 namespace serializer {
@@ -10,30 +11,40 @@ namespace {
 
 /// The first child of that name or the end. `find` may answer any of equal name.
 template <class Node>
-auto find_first(Node& parent, const std::wstring& name) {
+auto find_first(Node& parent, std::wstring_view name) {
     const auto found = parent.lower_bound(name);
     return found != parent.end() && found->first == name ? found : parent.end();
 }
 
 } // namespace
 
-node::node(std::wstring node_name, std::wstring node_value)
-    : name(std::move(node_name)), value(std::move(node_value)) {}
+node::node(const allocator_type& memory) : multimap(memory), name(memory), value(memory) {}
+
+node::node(std::wstring_view node_name, std::wstring_view node_value, const allocator_type& memory)
+    : multimap(memory), name(node_name, memory), value(node_value, memory) {}
 
 node::node(std::istream& in) {
     deserialize(in);
 }
 
+node::node(const node& other, const allocator_type& memory)
+    : multimap(other, memory), name(other.name, memory), value(other.value, memory) {}
+
+node::node(node&& other, const allocator_type& memory)
+    : multimap(static_cast<multimap&&>(other), memory), name(std::move(other.name), memory),
+      value(std::move(other.value), memory) {}
+
 bool node::operator==(const node& other) const {
-    const std::multimap<std::wstring, node>& children = *this;
+    const multimap& children = *this;
     return name == other.name && value == other.value && children == other;
 }
 
-node::iterator node::add_child(const std::wstring& child_name, const std::wstring& child_value) {
-    return emplace(child_name, node(child_name, child_value));
+node::iterator node::add_child(std::wstring_view child_name, std::wstring_view child_value) {
+    return emplace(std::piecewise_construct, std::forward_as_tuple(child_name),
+                   std::forward_as_tuple(child_name, child_value));
 }
 
-void node::set_child_value(const std::wstring& child_name, const std::wstring& child_value) {
+void node::set_child_value(std::wstring_view child_name, std::wstring_view child_value) {
     const auto found = find_first(*this, child_name);
     if (found != end()) {
         found->second.value = child_value;
@@ -42,23 +53,23 @@ void node::set_child_value(const std::wstring& child_name, const std::wstring& c
     }
 }
 
-void node::set_child_int(const std::wstring& child_name, std::int32_t child_value) {
+void node::set_child_int(std::wstring_view child_name, std::int32_t child_value) {
     set_child_value(child_name, std::to_wstring(child_value));
 }
 
-const std::wstring& node::get_child_value(const std::wstring& child_name,
-                                          const std::wstring& default_value) const {
+std::wstring_view node::get_child_value(std::wstring_view child_name,
+                                        std::wstring_view default_value) const {
     const auto found = find_first(*this, child_name);
-    return found != end() ? found->second.value : default_value;
+    return found != end() ? std::wstring_view(found->second.value) : default_value;
 }
 
-std::int32_t node::get_child_int(const std::wstring& child_name, std::int32_t default_value) const {
+std::int32_t node::get_child_int(std::wstring_view child_name, std::int32_t default_value) const {
     const auto found = find_first(*this, child_name);
     if (found == end()) {
         return default_value;
     }
     // A number too large for the wider type comes out as its bound, out of range here too.
-    const std::wstring& text = found->second.value;
+    const std::pmr::wstring& text = found->second.value;
     wchar_t* behind = nullptr;
     const long long number = std::wcstoll(text.c_str(), &behind, 10);
     const bool is_number = !text.empty() && behind == text.c_str() + text.size() &&

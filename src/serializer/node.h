@@ -1,10 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <istream>
 #include <map>
+#include <memory_resource>
 #include <ostream>
 #include <string>
+#include <string_view>
 
 namespace serializer {
 
@@ -14,21 +17,28 @@ namespace serializer {
 ///
 /// The text of a node is `<name>value` children `</name>` and nothing for the eye: white space is
 /// part of a value. A value stands before the first child only.
-class node : public std::multimap<std::wstring, node> {
+///
+/// A tree takes its memory from the resource that its root was made with, which has to outlive it
+/// and what is moved out of it. A copy is on the heap.
+class node : public std::pmr::multimap<std::pmr::wstring, node, std::less<>> {
 public:
     /// The levels of elements that a text may have, the root counted. Trees are walked by
     /// recursion, on threads of other programs, so that their stacks set a bound.
     static constexpr int max_depth = 256;
 
-    std::wstring name;
-    std::wstring value;
+    std::pmr::wstring name;
+    std::pmr::wstring value;
 
     node() = default;
-    node(std::wstring node_name, std::wstring node_value);
+    explicit node(const allocator_type& memory);
+    node(std::wstring_view node_name, std::wstring_view node_value,
+         const allocator_type& memory = {});
     /// An empty node that is then read with `deserialize`.
     explicit node(std::istream& in);
     node(const node&) = default;
     node(node&&) = default;
+    node(const node& other, const allocator_type& memory);
+    node(node&& other, const allocator_type& memory);
     node& operator=(const node&) = default;
     node& operator=(node&&) = default;
     virtual ~node() = default;
@@ -38,28 +48,30 @@ public:
     /// deep or a child whose name begins with a slash.
     void serialize(std::ostream& out) const;
 
-    /// Replaces name, value and children by those of the text and stops behind it. Throws
-    /// `wrong_format_exception`, or the failures of `utf8::exception` for bytes that are no UTF-8;
-    /// what was read until then stays.
+    /// Replaces name, value and children by those of the text. Throws `wrong_format_exception`, or
+    /// the failures of `utf8::exception` for bytes that are no UTF-8; what was read until then
+    /// stays. The stream is left behind the element, or at its end if it cannot seek.
     void deserialize(std::istream& in);
+    /// The same from bytes in memory; those behind the element are ignored.
+    void deserialize(std::string_view text);
 
     /// Compares name, value and children, recursively and in their order.
     bool operator==(const node& other) const;
 
     /// Inserts a child, behind those of the same name if there are any.
-    iterator add_child(const std::wstring& child_name, const std::wstring& child_value);
+    iterator add_child(std::wstring_view child_name, std::wstring_view child_value);
 
     /// Changes the value of the first child of that name and leaves its children; adds a child if
     /// there is none.
-    void set_child_value(const std::wstring& child_name, const std::wstring& child_value);
-    void set_child_int(const std::wstring& child_name, std::int32_t child_value);
+    void set_child_value(std::wstring_view child_name, std::wstring_view child_value);
+    void set_child_int(std::wstring_view child_name, std::int32_t child_value);
 
-    /// The value of the first child of that name, else the default: a reference to one or the
-    /// other, which lives as long as that does.
-    const std::wstring& get_child_value(const std::wstring& child_name,
-                                        const std::wstring& default_value) const;
+    /// The value of the first child of that name, else the default. The result refers to one or the
+    /// other and lives as long as that does.
+    std::wstring_view get_child_value(std::wstring_view child_name,
+                                      std::wstring_view default_value) const;
     /// The default also stands in for a value that is not wholly a number of 32 bits.
-    std::int32_t get_child_int(const std::wstring& child_name, std::int32_t default_value) const;
+    std::int32_t get_child_int(std::wstring_view child_name, std::int32_t default_value) const;
 };
 
 } // namespace serializer

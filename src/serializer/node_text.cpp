@@ -1,9 +1,13 @@
 /// The text format of settings trees: what a node is written as and read from.
 #include "serializer/exceptions.h"
 #include "serializer/node.h"
+#include "serializer/scanner.h"
 #include "serializer/token.h"
 
+#include <algorithm>
 #include <source_location>
+#include <string>
+#include <tuple>
 #include <utility>
 
 namespace serializer {
@@ -43,62 +47,95 @@ private:
     std::string text_;
 };
 
-/// Takes the bytes from the stream's buffer, as the stream itself would be asked for each twice.
+/// Reads an element in one pass. Names and values are made in the tree, in their final place.
 class reader {
 public:
-    reader(std::streambuf& in, const char* where) : in_(in), where_(where) {}
+    reader(std::string_view text, const char* where) : text_(text), where_(where) {}
 
-    /// The opening bracket is optional, as a parent has consumed that of each child.
-    void read(node& element, int depth) {
-        if (depth == node::max_depth) {
-            fail("Object tree is too deep");
-        }
-        if (next_is('<')) {
-            in_.sbumpc();
-        }
-        read_text(element.name);
-        expect('>', "Incorrect object name syntax");
-        read_text(element.value);
-        expect('<', "Incorrect object value syntax");
+    void read(node& element) {
+        const token name = take_name();
+        element.name = name.text;
+        expect('>', name_failure);
+        element.value = text_.take_token().text;
+        expect('<', value_failure);
         element.clear();
-        while (!next_is('/')) {
-            node child;
-            read(child, depth + 1);
-            // A file is in the order of the tree, so that each child goes to the end.
-            std::wstring key = child.name;
-            element.emplace_hint(element.end(), std::move(key), std::move(child));
-            expect('<', "Incorrect object subitem syntax");
-        }
-        in_.sbumpc();
-        read_text(close_name_);
-        if (close_name_ != element.name) {
-            fail("Incorrect object close tag name");
-        }
-        expect('>', "Incorrect object close tag syntax");
+        read_behind_value(element, name.raw, 1);
     }
 
-    [[noreturn]] void fail(const char* what) const { throw wrong_format_exception(where_, what); }
+    /// The bytes behind the element.
+    std::size_t left() const { return text_.left(); }
 
 private:
-    bool next_is(char c) { return in_.sgetc() == c; }
+    static constexpr auto name_failure = "Incorrect object name syntax";
+    static constexpr auto value_failure = "Incorrect object value syntax";
+
+    void read_child(node& parent, int depth) {
+        const token name = take_name();
+        expect('>', name_failure);
+        const token value = text_.take_token(name.text);
+        expect('<', value_failure);
+        // A file is in the order of the tree, so that each child goes to the end.
+        const auto child = parent.emplace_hint(parent.end(), std::piecewise_construct,
+                                               std::forward_as_tuple(name.text),
+                                               std::forward_as_tuple(name.text, value.text));
+        try {
+            read_behind_value(child->second, name.raw, depth);
+        } catch (...) {
+            parent.erase(child);
+            throw;
+        }
+    }
+
+    void read_behind_value(node& element, std::string_view raw_name, int depth) {
+        while (!text_.take('/')) {
+            if (depth == node::max_depth) {
+                fail("Object tree is too deep");
+            }
+            read_child(element, depth + 1);
+            expect('<', "Incorrect object subitem syntax");
+        }
+        // Another spelling of the same name is seldom.
+        if (!text_.take(raw_name, '>')) {
+            if (text_.take_token().text != element.name) {
+                fail("Incorrect object close tag name");
+            }
+            expect('>', "Incorrect object close tag syntax");
+        }
+    }
+
+    /// The opening bracket is optional, as a parent has consumed that of each child.
+    token take_name() {
+        text_.take('<');
+        return text_.take_token();
+    }
 
     void expect(char c, const char* failure) {
-        if (in_.sbumpc() != c) {
+        if (!text_.take(c)) {
             fail(failure);
         }
     }
 
-    void read_text(std::wstring& text) {
-        read_token(in_, raw_);
-        decode_token(raw_, text);
-    }
+    [[noreturn]] void fail(const char* what) const { throw wrong_format_exception(where_, what); }
 
-    std::streambuf& in_;
+    scanner text_;
     const char* where_;
-    // Kept for all elements, so that their memory is.
-    std::string raw_;
-    std::wstring close_name_;
 };
+
+/// The rest of a stream.
+std::string bytes_of(std::istream& in) {
+    constexpr std::streamsize least = 4096;
+    std::string bytes;
+    for (;;) {
+        const std::size_t size = bytes.size();
+        const std::streamsize wanted = std::max(in.rdbuf()->in_avail(), least);
+        bytes.resize(size + static_cast<std::size_t>(wanted));
+        const std::streamsize got = in.rdbuf()->sgetn(bytes.data() + size, wanted);
+        bytes.resize(size + static_cast<std::size_t>(got));
+        if (got < wanted) {
+            return bytes;
+        }
+    }
+}
 
 } // namespace
 
@@ -109,12 +146,14 @@ void node::serialize(std::ostream& out) const {
 }
 
 void node::deserialize(std::istream& in) {
-    const char* where = std::source_location::current().function_name();
-    const std::istream::sentry ready(in, true);
-    if (!ready) {
-        throw wrong_format_exception(where, "Incorrect object name syntax");
-    }
-    reader(*in.rdbuf(), where).read(*this, 0);
+    const std::string bytes = bytes_of(in);
+    reader whole(bytes, std::source_location::current().function_name());
+    whole.read(*this);
+    in.rdbuf()->pubseekoff(-static_cast<std::streamoff>(whole.left()), std::ios::cur, std::ios::in);
+}
+
+void node::deserialize(std::string_view text) {
+    reader(text, std::source_location::current().function_name()).read(*this);
 }
 
 } // namespace serializer

@@ -65,7 +65,10 @@ protected:
         return {std::istreambuf_iterator<char>(in), {}};
     }
 
-    node load() const { return file_serializer::load_cached(file()); }
+    const node& load() {
+        loaded_ = file_serializer::load_cached(file());
+        return *loaded_;
+    }
 
     void save(const std::wstring& value, bool keep_backup = false) const {
         file_serializer::save_cached(file(), make_tree(value), keep_backup);
@@ -73,6 +76,7 @@ protected:
 
 private:
     fs::path folder_ = fs::temp_directory_path() / L"serializer_test \u00FC";
+    std::shared_ptr<const node> loaded_;
 };
 
 TEST_F(file_serializer_test, leaves_a_file_alone_that_it_cannot_read) {

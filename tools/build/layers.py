@@ -12,8 +12,8 @@ import sys
 from pathlib import Path
 
 LAYERS = [
-    {"vfs"},
-    {"utils", "serializer"},
+    {"vfs", "utils"},
+    {"serializer"},
     {"vfs_quilldeck", "syncer"},
     {"com", "ui"},
     {"shell", "transfer", "dialogs"},
