@@ -1,6 +1,7 @@
 #include "ui/dialog.h"
 
 #include "ui/message.h"
+#include "ui/visual_styles.h"
 #include "utils/exceptions.h"
 #include "utils/module.h"
 
@@ -40,6 +41,7 @@ dialog::~dialog() {
 }
 
 INT_PTR dialog::do_modal(HWND owner) {
+    const visual_styles styles;
     const INT_PTR result = DialogBoxParamW(utils::own_module(), MAKEINTRESOURCEW(resource_), owner,
                                            &dialog_proc, reinterpret_cast<LPARAM>(this));
     check_creation(result != -1, "::DialogBoxParamW(own_module(), resource, owner, proc, this)");
@@ -47,6 +49,7 @@ INT_PTR dialog::do_modal(HWND owner) {
 }
 
 void dialog::create(HWND parent) {
+    const visual_styles styles;
     const HWND window = CreateDialogParamW(utils::own_module(), MAKEINTRESOURCEW(resource_), parent,
                                            &dialog_proc, reinterpret_cast<LPARAM>(this));
     if (init_failure_) {

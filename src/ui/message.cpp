@@ -1,6 +1,7 @@
 #include "ui/message.h"
 
 #include "ui/strings.h"
+#include "ui/visual_styles.h"
 #include "vfs/exceptions.h"
 
 #include <exception>
@@ -13,8 +14,7 @@ void rethrow_and_show(HWND owner, const char* caption, UINT style) {
     try {
         throw;
     } catch (const vfs::exception& failure) {
-        MessageBoxW(owner, failure.get_description().c_str(), failure.get_name().c_str(),
-                    MB_OK | MB_ICONSTOP);
+        show_message(owner, failure.get_name(), failure.get_description(), MB_OK | MB_ICONSTOP);
     } catch (const std::exception& failure) {
         MessageBoxA(owner, failure.what(), caption, style);
     } catch (...) {
@@ -24,13 +24,19 @@ void rethrow_and_show(HWND owner, const char* caption, UINT style) {
 
 } // namespace
 
+int show_message(HWND owner, const std::wstring& caption, const std::wstring& text,
+                 UINT style) noexcept {
+    const visual_styles styles;
+    return MessageBoxW(owner, text.c_str(), caption.c_str(), style);
+}
+
 int show_message(HWND owner, UINT caption, UINT text, std::initializer_list<std::wstring> values,
                  UINT style) {
-    return MessageBoxW(owner, load_string(text, values).c_str(), load_string(caption).c_str(),
-                       style);
+    return show_message(owner, load_string(caption), load_string(text, values), style);
 }
 
 void show_current_failure(HWND owner, const char* caption, UINT style) noexcept {
+    const visual_styles styles;
     try {
         rethrow_and_show(owner, caption, style);
     } catch (...) {

@@ -8,6 +8,9 @@
 
 namespace ui {
 
+int show_message(HWND owner, const std::wstring& caption, const std::wstring& text,
+                 UINT style) noexcept;
+
 /// Shows string `text` filled with `values` under string `caption`. Throws when the string table
 /// has no such texts.
 int show_message(HWND owner, UINT caption, UINT text, std::initializer_list<std::wstring> values,

@@ -1,7 +1,6 @@
 #include "driven_window.h"
 #include "resources/dialog_ids.h"
 #include "ui/dialog.h"
-#include "ui/placement.h"
 
 #include <gtest/gtest.h>
 
@@ -88,41 +87,6 @@ TEST(dialog, keeps_failures_inside) {
     dialog unknown(9);
     EXPECT_THROW(unknown.do_modal(nullptr), std::exception);
     EXPECT_THROW(unknown.create(nullptr), std::exception);
-}
-
-TEST(dialog, takes_its_modeless_window_along) {
-    HWND window = nullptr;
-    {
-        probe shown;
-        shown.create(nullptr);
-        window = shown.handle();
-        EXPECT_TRUE(IsWindow(window));
-        EXPECT_FALSE(IsWindowVisible(window));
-    }
-    EXPECT_FALSE(IsWindow(window));
-}
-
-TEST(placement, centres_on_the_owner_within_the_work_area) {
-    RECT work{};
-    SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
-    const auto middle_beside = [&](const RECT& owner) {
-        const HWND parent = CreateWindowExW(
-            0, L"STATIC", nullptr, WS_POPUP | WS_VISIBLE, owner.left, owner.top,
-            owner.right - owner.left, owner.bottom - owner.top, nullptr, nullptr, nullptr, nullptr);
-        probe shown;
-        shown.create(parent);
-        center_window(shown.handle());
-        RECT own{};
-        GetWindowRect(shown.handle(), &own);
-        DestroyWindow(parent);
-        return own;
-    };
-    RECT own = middle_beside({100, 100, 700, 600});
-    EXPECT_NEAR(own.left - 100, 700 - own.right, 1);
-    EXPECT_NEAR(own.top - 100, 600 - own.bottom, 1);
-    own = middle_beside({work.right - 20, work.top - 500, work.right + 20, work.top - 400});
-    EXPECT_EQ(own.right, work.right);
-    EXPECT_EQ(own.top, work.top);
 }
 
 } // namespace

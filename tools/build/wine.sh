@@ -56,6 +56,8 @@ wine_make_template() {
         "$WINE" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /t REG_SZ /d null /f
         "$WINE" reg add 'HKLM\Software\Microsoft\Windows NT\CurrentVersion\AeDebug' \
             /v Debugger /t REG_SZ /d '' /f
+        # The theme's own colour of links is nearly that of the dialogs behind them.
+        "$WINE" reg add 'HKCU\Control Panel\Colors' /v HotTrackingColor /t REG_SZ /d '0 102 204' /f
         "$WINESERVER" -k
         "$WINESERVER" -w
     ) >"$CACHE/wine.log" 2>&1 {lock}>&- || {
