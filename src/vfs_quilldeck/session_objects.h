@@ -21,6 +21,8 @@ inline constexpr auto transfer_mutex_name = L"Local\\Quilldeck_Mutex_Download_Up
 /// The list of the files that a save dialog put down, UTF-16 text, empty at first.
 inline constexpr auto save_as_mapping_name = L"Local\\Quilldeck_FileMapping_SaveAs";
 inline constexpr std::size_t save_as_view_size = 0x80000;
+/// Held while the login dialog is open, and by whoever asks whether it has to be.
+inline constexpr auto login_mutex_name = L"Local\\QDD_LOGIN_MUTEX";
 /// Set when the login dialog waits for the user.
 inline constexpr auto login_dialog_event_name = L"Local\\QDD_LOGIN_DLG_EVENT";
 

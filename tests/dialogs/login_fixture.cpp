@@ -1,0 +1,87 @@
+#include "login_fixture.h"
+
+#include "dialogs/sign_in.h"
+#include "vfs_quilldeck/companion_process.h"
+#include "vfs_quilldeck/identity_block.h"
+#include "vfs_quilldeck/pc_id.h"
+#include "vfs_quilldeck/session_objects.h"
+
+#include <cstdio>
+
+namespace dialogs {
+
+namespace {
+
+std::string registry_value(const wchar_t* key, const wchar_t* name) {
+    unsigned char bytes[1024];
+    DWORD size = sizeof(bytes);
+    DWORD type = 0;
+    if (RegGetValueW(HKEY_CURRENT_USER, key, name, RRF_RT_ANY, &type, bytes, &size)) {
+        return "none\n";
+    }
+    std::string text = std::to_string(type) + ":";
+    for (DWORD i = 0; i < size; ++i) {
+        char digits[4];
+        std::snprintf(digits, sizeof(digits), " %02x", bytes[i]);
+        text += digits;
+    }
+    return text + "\n";
+}
+
+} // namespace
+
+std::string registry() {
+    return registry_value(settings_key, L"SavePass") + registry_value(settings_key, L"AutoLogin") +
+           registry_value(credentials_key, L"Data1");
+}
+
+std::string values(int save_password, int auto_login, const std::string& credentials) {
+    const auto flag = [](int value) {
+        return "4: 0" + std::to_string(value) + " 00 00 00\n";
+    };
+    return flag(save_password) + flag(auto_login) + "3: " + credentials + "\n";
+}
+
+void set_flag(const wchar_t* name, DWORD value) {
+    RegSetKeyValueW(HKEY_CURRENT_USER, settings_key, name, REG_DWORD, &value, sizeof(value));
+}
+
+void set_credentials(const std::wstring& units, DWORD type) {
+    RegSetKeyValueW(HKEY_CURRENT_USER, credentials_key, L"Data1", type, units.data(),
+                    static_cast<DWORD>(units.size() * sizeof(wchar_t)));
+}
+
+caller::caller()
+    : thread_([this] {
+          utils::named_mutex mutex(vfs_quilldeck::login_mutex_name);
+          answer_ = ensure_logged_in(mutex, nullptr);
+      }) {}
+
+caller::~caller() {
+    if (thread_.joinable()) {
+        thread_.join();
+    }
+}
+
+bool caller::answer() {
+    thread_.join();
+    return answer_;
+}
+
+login_test::login_test()
+    : tray_(CreateMutexW(nullptr, FALSE, vfs_quilldeck::tray_mutex_name)),
+      event_(CreateEventW(nullptr, FALSE, FALSE, vfs_quilldeck::login_dialog_event_name)) {
+    vfs_quilldeck::ensure_pc_id();
+    if (vfs_quilldeck::ensure_session(nullptr, false)) {
+        vfs_quilldeck::write_shared_user_info(nullptr, {});
+    }
+    RegDeleteTreeW(HKEY_CURRENT_USER, settings_key);
+    RegDeleteTreeW(HKEY_CURRENT_USER, credentials_key);
+    waiting_was_told();
+}
+
+bool login_test::waiting_was_told() const {
+    return WaitForSingleObject(event_.get(), 0) == WAIT_OBJECT_0;
+}
+
+} // namespace dialogs
