@@ -1,8 +1,8 @@
 #include "utils/exceptions.h"
 #include "utils/filesystem.h"
-#include "utils/unique_handle.h"
 
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include <array>
 #include <string>
@@ -10,11 +10,6 @@
 namespace utils {
 
 namespace {
-
-bool is_open(HANDLE handle) {
-    DWORD flags = 0;
-    return GetHandleInformation(handle, &flags);
-}
 
 TEST(exceptions, say_where_what_and_the_systems_words) {
     EXPECT_STREQ(utils_exception("void f(int)", "no").what(), "void f(int): no");
@@ -35,21 +30,6 @@ TEST(filesystem, gives_the_local_folder_of_the_user) {
     std::array<wchar_t, MAX_PATH> expected{};
     ASSERT_NE(GetEnvironmentVariableW(L"LOCALAPPDATA", expected.data(), MAX_PATH), 0u);
     EXPECT_EQ(filesystem::get_special_directory(0), expected.data());
-}
-
-TEST(unique_handle, closes_what_it_owns_once) {
-    unique_handle first(CreateEventW(nullptr, FALSE, FALSE, nullptr));
-    const HANDLE one = first.get();
-    unique_handle second(CreateEventW(nullptr, FALSE, FALSE, nullptr));
-    const HANDLE two = second.get();
-    second = std::move(first);
-    EXPECT_FALSE(is_open(two));
-    EXPECT_TRUE(is_open(one));
-    EXPECT_EQ(second.get(), one);
-    unique_handle third(second.release());
-    EXPECT_FALSE(second);
-    third.reset();
-    EXPECT_FALSE(is_open(one));
 }
 
 } // namespace

@@ -10,8 +10,7 @@ using account = store_test;
 
 TEST_F(account, shares_folders_with_users_that_it_asks_for) {
     client session = sign_in();
-    const auto folder =
-        std::dynamic_pointer_cast<vfs::directory>(root_of(session)->create_directory(L"Share"));
+    const auto folder = as_directory(root_of(session)->create_directory(L"Share"));
     asked();
     bool is_email = true;
     const std::int32_t anna = folder->can_share_with(L"anna", is_email);

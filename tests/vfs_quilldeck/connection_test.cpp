@@ -61,24 +61,6 @@ TEST_F(connection, is_one_for_each_of_four_threads_and_kept) {
     EXPECT_EQ(control.stats()["https_connections"], first);
 }
 
-TEST_F(connection, is_leased_to_one_at_a_time) {
-    curl_descriptor_cache cache;
-    CURL* handle = nullptr;
-    {
-        const curl_descriptor one(cache);
-        const curl_descriptor two(cache);
-        EXPECT_NE(one.get(), two.get());
-        handle = one.get();
-        EXPECT_EQ(cache.get_usage().locked, 2u);
-    }
-    EXPECT_EQ(curl_descriptor(cache).get(), handle);
-    EXPECT_EQ(cache.get_usage().entries, 2u);
-    EXPECT_EQ(cache.get_usage().locked, 0u);
-    const curl_handle_entry entry;
-    const curl_handle_entry copy(entry); // NOLINT(performance-unnecessary-copy-initialization)
-    EXPECT_NE(entry.handle, copy.handle);
-}
-
 } // namespace
 
 } // namespace vfs_quilldeck

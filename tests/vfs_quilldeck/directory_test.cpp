@@ -10,9 +10,8 @@ namespace {
 class remote_directory : public store_test {
 protected:
     /// A new folder in the root of the demo account.
-    std::shared_ptr<vfs::directory> make_folder(const std::wstring& name) {
-        auto made =
-            std::dynamic_pointer_cast<vfs::directory>(root_of(session)->create_directory(name));
+    directory_ptr make_folder(const std::wstring& name) {
+        auto made = as_directory(root_of(session)->create_directory(name));
         control.reset();
         return made;
     }

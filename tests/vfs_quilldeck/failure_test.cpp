@@ -69,15 +69,13 @@ void failure::run_scenario() {
                           root->get_items();
                           root->delete_item(L"Failures", false);
                       });
-    const auto folder =
-        std::dynamic_pointer_cast<vfs::directory>(session->get_directory(L"Failures", true));
+    const auto folder = as_directory(session->get_directory(L"Failures", true));
 
-    std::shared_ptr<vfs::file> file;
+    file_ptr file;
     fail_each_request(
         [&] {
             if (!file) {
-                const vfs::item_ptr opened = folder->create_and_open_file(L"f", 6, 3);
-                file = std::dynamic_pointer_cast<vfs::file>(opened);
+                file = as_file(folder->create_and_open_file(L"f", 6, 3));
                 EXPECT_EQ(file->write("abc", 3), 3u);
             }
             file->close(1'000);
@@ -87,7 +85,7 @@ void failure::run_scenario() {
             folder->delete_item(file, false);
             file = nullptr;
         });
-    file = std::dynamic_pointer_cast<vfs::file>(folder->create_file(L"f"));
+    file = as_file(folder->create_file(L"f"));
     fail_each_request(
         [&] {
             if (file->get_open_mode() == 0) {
@@ -122,8 +120,7 @@ void failure::run_scenario() {
             folder->get_sharewith_items();
         },
         nothing);
-    const auto pictures =
-        std::dynamic_pointer_cast<vfs::directory>(session->get_directory(L"Pictures", false));
+    const auto pictures = as_directory(session->get_directory(L"Pictures", false));
     fail_each_request([&] { pictures->find_item_by_name(L"Dusk.jpg", true)->get_thumbnail(); },
                       nothing);
     fail_each_request([&] { root->delete_item(folder, true); }, [&] { folder->restore(); });
@@ -187,28 +184,19 @@ TEST_F(failure, is_what_a_repeated_request_says_when_only_its_answer_was_lost) {
     EXPECT_THROW(root->find_item_by_name(L"Found", true), vfs::item_not_found_exception);
 
     // An upload that is closed twice is closed.
-    const auto file =
-        std::dynamic_pointer_cast<vfs::file>(root->create_and_open_file(L"Lost.txt", 6, 1));
+    const auto file = as_file(root->create_and_open_file(L"Lost.txt", 6, 1));
     file->write("x", 1);
     lose_answer("close_file_upload");
     file->close(0);
-    EXPECT_EQ(std::dynamic_pointer_cast<vfs::file>(root->find_item_by_name(L"lost.txt", false))
-                  ->get_size(),
-              1);
+    EXPECT_EQ(as_file(root->find_item_by_name(L"lost.txt", false))->get_size(), 1);
     root->delete_item(file, false);
 }
 
 TEST_F(failure, is_told_in_the_words_of_who_met_it) {
-    EXPECT_EQ(failure_of([] { client(L"demo", L"wrong"); }),
-              L"Login failed: The user name or the password is wrong.");
     EXPECT_EQ(failure_of([] {
                   client(vfs::user_info{L"no session", L"", L"", L"", L""});
               }).find(L"Not signed in: "),
               0u);
-    support::set_service_url("https://localhost:1");
-    EXPECT_EQ(failure_of([] { client(L"demo", L"demo"); }), request_failed);
-    support::set_service_url(support::environment("QUILLDECK_TEST_HTTPS_URL"));
-
     client session = sign_in();
 
     const struct {

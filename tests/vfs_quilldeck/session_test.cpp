@@ -253,7 +253,7 @@ std::string answer_line(const std::string& line) {
                                     : "another: " + wide_to_utf8(client->get_user_info().user_name);
             last = client;
         } else if (line == "list") {
-            const auto root = std::dynamic_pointer_cast<vfs::directory>(last->get_root());
+            const auto root = as_directory(last->get_root());
             answer = wide_to_utf8(root->get_items().back()->get_id());
         } else if (line == "hold") {
             const HANDLE mutex = OpenMutexW(SYNCHRONIZE, FALSE, identity_mutex_name);

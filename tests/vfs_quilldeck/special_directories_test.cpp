@@ -15,14 +15,12 @@ protected:
         return names;
     }
 
-    static std::shared_ptr<vfs::directory> enter(const std::shared_ptr<vfs::directory>& from,
-                                                 const std::wstring& name) {
-        return std::dynamic_pointer_cast<vfs::directory>(from->find_item_by_name(name, false));
+    static directory_ptr enter(const directory_ptr& from, const std::wstring& name) {
+        return as_directory(from->find_item_by_name(name, false));
     }
 
     /// The top of a share or an access that allows to look, and the folder `below` it.
-    static void expect_family_of(const std::shared_ptr<vfs::directory>& top,
-                                 const std::wstring& below) {
+    static void expect_family_of(const directory_ptr& top, const std::wstring& below) {
         EXPECT_TRUE(top->is_root_directory());
         const auto inner = enter(top, below);
         EXPECT_FALSE(inner->is_root_directory());
@@ -41,8 +39,8 @@ TEST_F(special_directories, stand_at_the_end_of_the_root) {
     root->create_directory(L"tRASH");
     auto items = root->get_items();
     ASSERT_GE(items.size(), 3u);
-    const auto trash = std::dynamic_pointer_cast<vfs::directory>(items.back());
-    const auto shared = std::dynamic_pointer_cast<vfs::directory>(*(items.end() - 2));
+    const auto trash = as_directory(items.back());
+    const auto shared = as_directory(*(items.end() - 2));
     EXPECT_EQ(root->find_item_by_name(L"Trash", false)->get_name(), L"tRASH");
     EXPECT_EQ(root->find_item_by_id(L"dir_trash", false), trash);
     EXPECT_EQ(root->find_item_by_name(L"shared FOLDERS", false), shared);
@@ -50,7 +48,7 @@ TEST_F(special_directories, stand_at_the_end_of_the_root) {
     asked();
 
     const struct {
-        std::shared_ptr<vfs::directory> directory;
+        directory_ptr directory;
         std::wstring id;
         std::uint32_t flags;
     } all[] = {{root, L"dir_root", 1},
@@ -88,7 +86,7 @@ TEST_F(special_directories, stand_at_the_end_of_the_root) {
 TEST_F(special_directories, hold_what_was_deleted_until_it_is_restored) {
     client session = sign_in();
     const auto root = root_of(session);
-    const auto folder = std::dynamic_pointer_cast<vfs::directory>(root->create_directory(L"Bin"));
+    const auto folder = as_directory(root->create_directory(L"Bin"));
     folder->create_file(L"f");
     const auto trash = enter(root, L"Trash");
     folder->delete_item(L"f", true);
@@ -115,8 +113,7 @@ TEST_F(special_directories, lead_to_what_others_share) {
     const auto anna = enter(enter(root, L"Shared Folders"), L"anna");
     const auto photos = enter(anna, L"Photos for you");
     expect_family_of(photos, L"More");
-    const auto night =
-        std::dynamic_pointer_cast<vfs::file>(photos->find_item_by_name(L"Night.jpg", false));
+    const auto night = as_file(photos->find_item_by_name(L"Night.jpg", false));
     const vfs::byte_buffer picture = night->get_thumbnail();
     ASSERT_GT(picture.size(), 10u);
     EXPECT_EQ(std::string(picture.begin() + 6, picture.begin() + 10), "JFIF");
@@ -124,8 +121,7 @@ TEST_F(special_directories, lead_to_what_others_share) {
     // From one share to another, and on to a folder of one's own.
     const auto work = enter(anna, L"Work");
     night->copy(work, false);
-    const auto copied =
-        std::dynamic_pointer_cast<vfs::file>(work->find_item_by_name(L"Night.jpg", true));
+    const auto copied = as_file(work->find_item_by_name(L"Night.jpg", true));
     EXPECT_EQ(copied->get_path(), L"Work/Night.jpg");
     copied->copy(root, true);
     EXPECT_THROW(work->find_item_by_name(L"Night.jpg", true), vfs::item_not_found_exception);

@@ -14,6 +14,17 @@
 
 namespace vfs_quilldeck {
 
+using directory_ptr = std::shared_ptr<vfs::directory>;
+using file_ptr = std::shared_ptr<vfs::file>;
+
+inline directory_ptr as_directory(const vfs::item_ptr& item) {
+    return std::dynamic_pointer_cast<vfs::directory>(item);
+}
+
+inline file_ptr as_file(const vfs::item_ptr& item) {
+    return std::dynamic_pointer_cast<vfs::file>(item);
+}
+
 /// A test against the store that the runner started. Its log and its faults are the test's own.
 class store_test : public testing::Test {
 protected:
@@ -27,9 +38,7 @@ protected:
     /// A new session of a demo account, whose password is its name.
     static client sign_in(const std::wstring& user = L"demo") { return {user, user}; }
 
-    static std::shared_ptr<vfs::directory> root_of(client& session) {
-        return std::dynamic_pointer_cast<vfs::directory>(session.get_root());
-    }
+    static directory_ptr root_of(client& session) { return as_directory(session.get_root()); }
 
     /// Lets the store answer each request with these bytes, and do nothing.
     void answer(const std::string& reply) {
