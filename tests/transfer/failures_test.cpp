@@ -128,27 +128,6 @@ TEST_F(failures_test, bytes_that_the_server_holds_already_must_be_repeated) {
     EXPECT_TRUE(fetch(L"file") == data);
 }
 
-TEST_F(failures_test, an_upload_whose_last_bytes_are_missing_is_refused) {
-    const content data = make_content(60'000, 5);
-    const file_ptr file = store(L"file", content{'o', 'l', 'd'});
-    cut_upload(59'990);
-    file->open(overwrite, 60'000);
-    ASSERT_TRUE(write_all(*file, data, steps_of({16'384})).complete);
-    for (int i = 0; i < 2; ++i) {
-        try {
-            file->close(0);
-            ADD_FAILURE() << "accepted without its last bytes";
-        } catch (const vfs::exception& failure) {
-            EXPECT_EQ(failure.get_name(), L"Upload failed");
-        }
-    }
-    EXPECT_EQ(fetch(L"file"), (content{'o', 'l', 'd'}));
-    file->open(overwrite, 60'000);
-    ASSERT_TRUE(write_all(*file, data, steps_of({16'384})).complete);
-    file->close(0);
-    EXPECT_TRUE(fetch(L"file") == data);
-}
-
 TEST_F(failures_test, a_server_that_pauses_or_drops_its_session_costs_no_byte) {
     const content data = make_content(13 * mebibyte, 6);
     const auto strike = [this](const std::string& kind) {

@@ -21,17 +21,6 @@ protected:
     }
 };
 
-TEST_F(connection, is_one_for_a_chain_of_requests) {
-    client session = sign_in();
-    const auto before = request_descriptor_cache.get_usage();
-    for (int i = 0; i < 20; ++i) {
-        client(session.get_user_info()).get_storage_info();
-    }
-    EXPECT_EQ(control.log().size(), 2u + 20u * 3u);
-    EXPECT_EQ(connections_of_log().size(), 1u);
-    EXPECT_EQ(request_descriptor_cache.get_usage().entries, before.entries);
-}
-
 TEST_F(connection, is_one_for_each_of_four_threads_and_kept) {
     client session = sign_in();
     const auto request_on_four_threads = [&] {

@@ -1,4 +1,5 @@
 #include "store_test.h"
+#include "vfs_quilldeck/shared_items.h"
 
 #include <functional>
 #include <string>
@@ -62,25 +63,27 @@ TEST_F(remote_directory, asks_the_store_only_where_its_cache_cannot_answer) {
 
 TEST_F(remote_directory, reads_the_fields_of_a_listing) {
     const auto folder = make_folder(L"Fields");
-    answer("<Result><File><ID>f1</ID><Name>n</Name><Link>l</Link><DirectLink>d</DirectLink>"
-           "<Location>o</Location><Description>t</Description><Access>2</Access><Price>1.5</Price>"
-           "<Size>5000000000</Size><DateAccessed>0</DateAccessed><DateModified>-5</DateModified>"
-           "<DateDeleted>7</DateDeleted><DateCreated>7</DateCreated></File>"
-           "<Directory></Directory><Directory><Name></Name></Directory>"
-           "<Directory><ID>d1</ID><Access>x</Access><Shared>true</Shared>"
-           "<IsHomeFolder>True</IsHomeFolder><HasSubfolders>True</HasSubfolders>"
-           "<DateCreated>8</DateCreated></Directory><File><Size>x</Size></File></Result>");
+    answer(
+        "<Result><File><ID>f1</ID><Name>n</Name><Link>l</Link><DirectLink>d</DirectLink>"
+        "<Location>o</Location><Description>t</Description><Access>2</Access><Price>1.5</Price>"
+        "<Size>5000000000</Size><DateAccessed>0</DateAccessed><DateModified>-5</DateModified>"
+        "<DateDeleted>7</DateDeleted><DateCreated>7</DateCreated></File>"
+        "<Directory></Directory><Directory><Name></Name></Directory>"
+        "<Directory><ID>d1</ID><Access>x</Access><Shared>True</Shared>"
+        "<IsHomeFolder>true</IsHomeFolder><HasSubfolders>True</HasSubfolders>"
+        "<DateCreated>8</DateCreated><DateDeleted>9</DateDeleted></Directory><File><Size>x</Size></"
+        "File></Result>");
     const auto items = folder->get_items();
     ASSERT_EQ(items.size(), 4u);
     EXPECT_EQ(items[0]->get_id(), L"dir_");
     EXPECT_EQ(items[0]->get_creation_date(), vfs::time_unknown);
     const auto& directory = dynamic_cast<vfs::directory&>(*items[1]);
     EXPECT_EQ(directory.get_access(), vfs::access_private);
-    EXPECT_FALSE(directory.is_shared());
-    EXPECT_TRUE(directory.is_home_folder() && directory.has_subfolders());
+    EXPECT_TRUE(directory.is_shared() && directory.has_subfolders());
+    EXPECT_FALSE(directory.is_home_folder());
     EXPECT_TRUE(directory.is_own_directory() && !directory.is_root_directory());
     EXPECT_EQ(directory.get_creation_date(), 8);
-    EXPECT_EQ(directory.get_delete_date(), vfs::time_unknown);
+    EXPECT_EQ(directory.get_delete_date(), 9);
     EXPECT_EQ(directory.get_folder_flags(), vfs::folder_initial);
     EXPECT_EQ(failure_of([&] { items[1]->get_thumbnail(); }),
               L"Internal error: directory::get_thumbnail(): Operation not implemented");
@@ -98,17 +101,22 @@ TEST_F(remote_directory, reads_the_fields_of_a_listing) {
               L"Internal error: file::is_bof(): Operation not implemented");
     EXPECT_EQ(dynamic_cast<vfs::file&>(*items[3]).get_size(), 0);
 
-    // What is set is seen at once, but for the access.
-    file.set_price(2);
-    file.set_description(L"u");
-    file.set_access(vfs::access_public);
+    // What a share lists is neither shared nor deleted by the user.
+    shared_directory share(item_link(session, share_route(L"5", L"6")), {});
+    const auto theirs = share.get_items();
+    ASSERT_EQ(theirs.size(), 4u);
+    EXPECT_FALSE(dynamic_cast<shared_directory&>(*theirs[1]).is_shared());
+    EXPECT_TRUE(dynamic_cast<shared_directory&>(*theirs[1]).has_subfolders());
+    EXPECT_EQ(theirs[1]->get_delete_date(), vfs::time_unknown);
+    EXPECT_EQ(dynamic_cast<shared_file&>(*theirs[2]).get_delete_date(), vfs::time_unknown);
+
     control.reset();
     control.fault({{"kind", "error"}, {"count", "100"}});
     EXPECT_THROW(file.set_price(3), exception);
     EXPECT_THROW(file.set_description(L"v"), exception);
     EXPECT_THROW(items[1]->set_description(L"v"), exception);
-    EXPECT_EQ(file.get_price(), 2);
-    EXPECT_EQ(file.get_description(), L"u");
+    EXPECT_EQ(file.get_price(), 1.5);
+    EXPECT_EQ(file.get_description(), L"t");
     EXPECT_EQ(items[1]->get_description(), L"");
     EXPECT_EQ(file.get_access(), vfs::access_hidden);
 }
