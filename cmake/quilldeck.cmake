@@ -61,10 +61,10 @@ endfunction()
 # quilldeck_test(<name> SOURCES ... [LINKS ...] [SERVICE] [VSFTPD] [TLS12] [SERIAL]
 #     [TIMEOUT seconds])
 # One GoogleTest program and one ctest entry, run under Wine in a prefix and with a wineserver of its
-# own. SERVICE: tests/support/with_service.py starts a fresh store for it. VSFTPD: a second store
+# own. SERVICE: tools/support/with_service.py starts a fresh store for it. VSFTPD: a second store
 # too, whose bytes travel through vsftpd. TLS12: a second entry, <name>_tls12, against servers that
 # end at TLS 1.2. SERIAL: never beside another test (clipboard, mouse, foreground window).
-# tests/support/service_url.cpp takes the place of quilldeck::service_url.
+# tools/support/service_url.cpp takes the place of quilldeck::service_url.
 function(quilldeck_test name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "SERVICE;VSFTPD;TLS12;SERIAL" "TIMEOUT" "SOURCES;LINKS")
     add_executable(${name} ${arg_SOURCES})
@@ -72,7 +72,7 @@ function(quilldeck_test name)
         PRIVATE quilldeck_options ${arg_LINKS} third_party::gtest third_party::gtest_main)
     if(NOT TARGET quilldeck_test_service_url)
         add_library(quilldeck_test_service_url OBJECT
-            ${PROJECT_SOURCE_DIR}/tests/support/service_url.cpp)
+            ${PROJECT_SOURCE_DIR}/tools/support/service_url.cpp)
         target_link_libraries(quilldeck_test_service_url PRIVATE quilldeck_options)
     endif()
     target_link_libraries(${name} PRIVATE quilldeck_test_service_url)
@@ -81,7 +81,7 @@ function(quilldeck_test name)
         set(arg_TIMEOUT 300)
     endif()
     set(command ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${name}>)
-    set(wrapper /usr/bin/python3 ${PROJECT_SOURCE_DIR}/tests/support/with_service.py)
+    set(wrapper /usr/bin/python3 ${PROJECT_SOURCE_DIR}/tools/support/with_service.py)
     if(arg_VSFTPD)
         list(APPEND wrapper --vsftpd)
     endif()

@@ -24,7 +24,7 @@ TLS = ssl.create_default_context()
 TLS.check_hostname = False
 TLS.verify_mode = ssl.CERT_NONE
 
-sys.path.insert(0, str(ROOT / "tests" / "support"))
+sys.path.insert(0, str(ROOT / "tools" / "support"))
 from with_service import Store  # noqa: E402
 
 

@@ -158,7 +158,7 @@ class Wine(Folder):
 
 class Service(unittest.TestCase):
     def test_the_command_s_code_and_nothing_left(self) -> None:
-        wrapper = (sys.executable, ROOT / "tests/support/with_service.py", "--vsftpd", "--", "bash", "-c")
+        wrapper = (sys.executable, ROOT / "tools/support/with_service.py", "--vsftpd", "--", "bash", "-c")
         result = run(*wrapper, 'echo "$QUILLDECK_TEST_READY"; test -s "$QUILLDECK_TEST_VSFTPD_READY" '
                      '&& exit 9')
         self.assertEqual(9, result.returncode, result.stdout)

@@ -31,7 +31,7 @@ for program in "$ROOT"/build/release/bin/bench_${1:-*}.exe; do
     name=${name%.exe}
     [ -e "$program" ] || die "there is no benchmark bench_$name"
     say "measuring $name"
-    "$PYTHON" "$ROOT/tests/support/with_service.py" --vsftpd -- "$ROOT/tools/build/wine-run" --host \
+    "$PYTHON" "$ROOT/tools/support/with_service.py" --vsftpd -- "$ROOT/tools/build/wine-run" --host \
         "$ROOT/tools/build/bench.sh" --inside "$name" "${@:2}" || status=$?
 done
 exit "$status"
