@@ -100,7 +100,8 @@ registry_lines expected_lines() {
     for (const std::string& key : {drive_key, classes + "Quilldeck"}) {
         all.key(key + R"(\ShellEx)");
         all.key(key + R"(\ShellEx\PropertySheetHandlers)");
-        all.key(key + R"(\ShellEx\PropertySheetHandlers\)" + sheet, "Quilldeck Property Sheet");
+        all.key((key + R"(\ShellEx\PropertySheetHandlers\)").append(sheet),
+                "Quilldeck Property Sheet");
     }
     all.lines.insert(approved + " \"" + sheet + R"("="Quilldeck Property Sheet")");
 
