@@ -33,6 +33,14 @@ std::span<const std::byte> entries_of(const void* list) noexcept {
     return {begin, end};
 }
 
+std::span<const std::byte> first_entry_of(const void* list) noexcept {
+    if (!list) {
+        return {};
+    }
+    const auto* const entry = static_cast<const std::byte*>(list);
+    return {entry, entry_size(entry)};
+}
+
 std::span<const std::byte> last_entry_of(const void* list) noexcept {
     std::span<const std::byte> last;
     if (const auto* entry = static_cast<const std::byte*>(list)) {

@@ -19,6 +19,9 @@ std::uint16_t entry_size(const std::byte* entry) noexcept;
 /// The bytes of all entries of `list`, without a terminator; null has none.
 std::span<const std::byte> entries_of(const void* list) noexcept;
 
+/// The first entry of `list`; empty if there is none.
+std::span<const std::byte> first_entry_of(const void* list) noexcept;
+
 /// The last entry of `list`; empty if there is none.
 std::span<const std::byte> last_entry_of(const void* list) noexcept;
 

@@ -43,11 +43,17 @@ utils::unique_handle make_pipe(bool we_write, utils::unique_handle& theirs) {
     return std::move(ours);
 }
 
-} // namespace
-
-second_process::second_process() {
+std::wstring own_path() {
     std::array<wchar_t, MAX_PATH> path{};
     GetModuleFileNameW(nullptr, path.data(), MAX_PATH);
+    return path.data();
+}
+
+} // namespace
+
+second_process::second_process() : second_process(own_path()) {}
+
+second_process::second_process(const std::wstring& path) {
     std::wstring command = L"second " + std::wstring(argument, argument + std::strlen(argument));
     utils::unique_handle its_input;
     utils::unique_handle its_output;
@@ -60,7 +66,7 @@ second_process::second_process() {
     startup.hStdOutput = its_output.get();
     startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
     PROCESS_INFORMATION process{};
-    if (!CreateProcessW(path.data(), command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+    if (!CreateProcessW(path.c_str(), command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
                         &startup, &process)) {
         throw std::runtime_error("cannot start the second process");
     }

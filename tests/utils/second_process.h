@@ -12,6 +12,8 @@ namespace support {
 class second_process {
 public:
     second_process();
+    /// By a copy of this program at `path`.
+    explicit second_process(const std::wstring& path);
     second_process(const second_process&) = delete;
     second_process& operator=(const second_process&) = delete;
     ~second_process();

@@ -1,0 +1,91 @@
+#include "signed_in.h"
+
+#include "utils/module.h"
+#include "vfs_quilldeck/pc_id.h"
+
+namespace shell {
+
+void sign_in() {
+    vfs_quilldeck::ensure_pc_id();
+    if (!vfs_quilldeck::is_logged_in(utils::own_module())) {
+        vfs_quilldeck::login(utils::own_module(), L"demo", L"demo");
+    }
+}
+
+com::unique_id_list drive_list() {
+    ITEMIDLIST* list = nullptr;
+    com::check(SHParseDisplayName(L"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}\\"
+                                  L"::{5FA947B5-650A-4374-8A9A-5EFA4F126834}",
+                                  nullptr, &list, 0, nullptr));
+    return com::unique_id_list(list);
+}
+
+ComPtr<IShellFolder2> make_drive() {
+    const auto drive = com::make<CShellFolderImpl>();
+    com::check(drive->Initialize(drive_list().get()));
+    ComPtr<IShellFolder2> folder;
+    com::check(drive.As(&folder));
+    return folder;
+}
+
+com::unique_id_list parse(IShellFolder& folder, std::wstring name) {
+    ITEMIDLIST* list = nullptr;
+    com::check(folder.ParseDisplayName(nullptr, nullptr, name.data(), nullptr, &list, nullptr));
+    return com::unique_id_list(list);
+}
+
+ComPtr<IShellFolder2> open(IShellFolder& folder, const std::wstring& path) {
+    ComPtr<IShellFolder2> opened;
+    com::check(folder.BindToObject(parse(folder, path).get(), nullptr, IID_PPV_ARGS(&opened)));
+    return opened;
+}
+
+std::vector<com::unique_id_list> list(IShellFolder& folder, SHCONTF flags) {
+    std::vector<com::unique_id_list> found;
+    ComPtr<IEnumIDList> items;
+    com::check(folder.EnumObjects(nullptr, flags, &items));
+    ITEMIDLIST* item = nullptr;
+    while (items && items->Next(1, &item, nullptr) == S_OK) {
+        found.emplace_back(item);
+    }
+    return found;
+}
+
+std::wstring name_of(IShellFolder& folder, const ITEMIDLIST* list, SHGDNF flags) {
+    STRRET name{};
+    com::check(folder.GetDisplayNameOf(list, flags, &name));
+    wchar_t* text = nullptr;
+    com::check(StrRetToStrW(&name, list, &text));
+    return com::task_ptr<wchar_t>(text).get();
+}
+
+std::wstring cell_of(IShellFolder2& folder, const ITEMIDLIST* list, UINT column) {
+    SHELLDETAILS details{};
+    const HRESULT status = folder.GetDetailsOf(list, column, &details);
+    if (status == E_FAIL) {
+        return L"-";
+    }
+    com::check(status);
+    wchar_t* text = nullptr;
+    com::check(StrRetToStrW(&details.str, list, &text));
+    return com::task_ptr<wchar_t>(text).get();
+}
+
+bool is_equal(const ITEMIDLIST* left, const ITEMIDLIST* right) {
+    return CItemIDList(left, true) == CItemIDList(right, true);
+}
+
+PIDLDATA record_of(const ITEMIDLIST* list) {
+    const CItemIDList records(list, false);
+    return records.last();
+}
+
+std::shared_ptr<vfs::directory> directory_of(IShellFolder& folder) {
+    ComPtr<IShellFolderImpl> ours;
+    com::check(folder.QueryInterface(IID_PPV_ARGS(&ours)));
+    VARIANT item{};
+    com::check(ours->GetObject(nullptr, &item));
+    return std::dynamic_pointer_cast<vfs::directory>(*static_cast<vfs::item_ptr*>(item.byref));
+}
+
+} // namespace shell
