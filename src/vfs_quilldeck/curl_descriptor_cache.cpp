@@ -47,6 +47,10 @@ CURL* make_handle() {
 
 } // namespace
 
+void release_thread() noexcept {
+    OPENSSL_thread_stop();
+}
+
 curl_descriptor_cache request_descriptor_cache;
 curl_descriptor_cache transfer_descriptor_cache;
 

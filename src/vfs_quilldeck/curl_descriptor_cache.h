@@ -68,6 +68,10 @@ private:
     std::size_t position_;
 };
 
+/// Frees what OpenSSL keeps for the calling thread; to be called when a thread ends that may have
+/// used a handle. It has no way to hear of that by itself.
+void release_thread() noexcept;
+
 /// The handles of the POSTs.
 extern curl_descriptor_cache request_descriptor_cache;
 /// The handles of the file transfers.
