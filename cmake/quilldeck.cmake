@@ -58,24 +58,33 @@ function(quilldeck_resources name source)
     set_source_files_properties(${source} PROPERTIES OBJECT_DEPENDS "${arg_FILES}")
 endfunction()
 
-# quilldeck_test(<name> SOURCES ... [LINKS ...] [SERVICE] [VSFTPD] [TLS12] [SERIAL]
+# Target quilldeck_test_service_url: what takes the place of quilldeck::service_url in tests, with the
+# address from the environment.
+if(QUILLDECK_TESTS)
+    add_library(quilldeck_test_service_url OBJECT
+        ${PROJECT_SOURCE_DIR}/tools/support/service_url.cpp)
+    target_link_libraries(quilldeck_test_service_url PRIVATE quilldeck_options)
+endif()
+
+# quilldeck_test(<name> SOURCES ... [LINKS ...] [SERVICE] [VSFTPD] [TLS12] [EXTENSION] [SERIAL]
 #     [TIMEOUT seconds])
 # One GoogleTest program and one ctest entry, run under Wine in a prefix and with a wineserver of its
 # own. SERVICE: tools/support/with_service.py starts a fresh store for it. VSFTPD: a second store
 # too, whose bytes travel through vsftpd. TLS12: a second entry, <name>_tls12, against servers that
-# end at TLS 1.2. SERIAL: never beside another test (clipboard, mouse, foreground window).
-# tools/support/service_url.cpp takes the place of quilldeck::service_url.
+# end at TLS 1.2. EXTENSION: the shell extension lies beside the program, as Quilldeck_Test.dll, which
+# finds the store as the program does; tests/support/extension.h registers it. SERIAL: never beside
+# another test (clipboard, mouse, foreground window).
 function(quilldeck_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "SERVICE;VSFTPD;TLS12;SERIAL" "TIMEOUT" "SOURCES;LINKS")
+    cmake_parse_arguments(PARSE_ARGV 1 arg
+        "SERVICE;VSFTPD;TLS12;EXTENSION;SERIAL" "TIMEOUT" "SOURCES;LINKS")
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name}
         PRIVATE quilldeck_options ${arg_LINKS} third_party::gtest third_party::gtest_main)
-    if(NOT TARGET quilldeck_test_service_url)
-        add_library(quilldeck_test_service_url OBJECT
-            ${PROJECT_SOURCE_DIR}/tools/support/service_url.cpp)
-        target_link_libraries(quilldeck_test_service_url PRIVATE quilldeck_options)
-    endif()
     target_link_libraries(${name} PRIVATE quilldeck_test_service_url)
+    if(arg_EXTENSION)
+        target_link_libraries(${name} PRIVATE quilldeck_test_extension)
+        add_dependencies(${name} Quilldeck_Test Quilldeck_Session Quilldeck_Tray)
+    endif()
 
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 300)

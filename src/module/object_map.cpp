@@ -1,0 +1,69 @@
+#include "module/object_map.h"
+
+#include "com/class_ids.h"
+#include "resources/resource_ids.h"
+#include "shell/shell_folder.h"
+#include "vfs_quilldeck/pc_id.h"
+
+#include <objbase.h>
+
+#include <array>
+#include <string>
+
+namespace module {
+
+namespace {
+
+constexpr auto application_name = L"Quilldeck";
+constexpr auto approved_extensions =
+    L"Software\\Microsoft\\Windows\\CurrentVersion\\Shell Extensions\\Approved";
+
+/// What the shell may know of the drive without asking us.
+constexpr DWORD drive_attributes = SFGAO_CANCOPY | SFGAO_CANMOVE | SFGAO_CANRENAME |
+                                   SFGAO_HASPROPSHEET | SFGAO_DROPTARGET | SFGAO_STREAM |
+                                   SFGAO_STORAGEANCESTOR | SFGAO_BROWSABLE | SFGAO_FILESYSANCESTOR |
+                                   SFGAO_FOLDER | SFGAO_HASSUBFOLDER;
+static_assert(drive_attributes == 3099590995, "the number in namespace_folder.rgs");
+
+std::wstring text_of(REFGUID id) {
+    std::array<wchar_t, 39> text{};
+    ::StringFromGUID2(id, text.data(), static_cast<int>(text.size()));
+    return text.data();
+}
+
+/// Wine's interpreter of scripts ends numbers at 2^31 - 1, and leaves single values in keys that
+/// stay. Elsewhere this changes nothing.
+void complete_shell_folder(const std::wstring& id, com::registration direction) {
+    if (direction == com::registration::add) {
+        const std::wstring key = L"CLSID\\" + id + L"\\ShellFolder";
+        com::check(HRESULT_FROM_WIN32(static_cast<DWORD>(
+            ::RegSetKeyValueW(HKEY_CLASSES_ROOT, key.c_str(), L"Attributes", REG_DWORD,
+                              &drive_attributes, sizeof(drive_attributes)))));
+    } else {
+        ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, approved_extensions, id.c_str());
+    }
+}
+
+void update_shell_folder(com::registrar& scripts, com::registration direction) {
+    if (direction == com::registration::add) {
+        vfs_quilldeck::ensure_pc_id();
+    }
+    const std::wstring id = text_of(com::CLSID_ShellFolderImpl);
+    scripts.replace(L"CLSID", id);
+    scripts.replace(L"APP_NAME", application_name);
+    scripts.run(IDR_NAMESPACE_FOLDER, direction);
+    complete_shell_folder(id, direction);
+}
+
+constinit object_map_entry classes[] = {
+    {com::CLSID_ShellFolderImpl, com::class_factory(&com::create<shell::CShellFolderImpl>),
+     &update_shell_folder},
+};
+
+} // namespace
+
+std::span<object_map_entry> object_map() noexcept {
+    return classes;
+}
+
+} // namespace module

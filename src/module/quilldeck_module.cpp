@@ -1,0 +1,65 @@
+#include "module/quilldeck_module.h"
+
+#include "com/guard.h"
+#include "com/module_lock.h"
+#include "dialogs/sign_in.h"
+#include "shell/seams.h"
+#include "transfer/stream.h"
+#include "utils/module.h"
+
+namespace module {
+
+namespace {
+
+constexpr auto application_id = L"{94606AEB-2398-46B6-9DFC-1072D35058F1}";
+
+} // namespace
+
+CQuilldeckModule the_module;
+
+CQuilldeckModule::CQuilldeckModule() noexcept : m_formats(com::registered_formats) {
+    shell::set_seams(
+        {.sign_in = &dialogs::ensure_logged_in, .create_stream = &transfer::create_stream});
+}
+
+CQuilldeckModule::~CQuilldeckModule() {
+    if (m_git != nullptr && !utils::process_is_ending()) {
+        m_git->Release();
+    }
+}
+
+LONG CQuilldeckModule::Lock() noexcept {
+    return com::module_lock::add();
+}
+
+LONG CQuilldeckModule::Unlock() noexcept {
+    return com::module_lock::release();
+}
+
+LONG CQuilldeckModule::GetLockCount() const noexcept {
+    return com::module_lock::count();
+}
+
+HRESULT CQuilldeckModule::GetGITPtr(IGlobalInterfaceTable** table) noexcept {
+    return com::guard([&] {
+        com::cleared(table);
+        if (m_git == nullptr) {
+            Microsoft::WRL::ComPtr<IGlobalInterfaceTable> made;
+            com::check(::CoCreateInstance(CLSID_StdGlobalInterfaceTable, nullptr,
+                                          CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&made)));
+            // Two threads may come here at once; the first one's table stays.
+            if (::InterlockedCompareExchangePointer(reinterpret_cast<void* volatile*>(&m_git),
+                                                    made.Get(), nullptr) == nullptr) {
+                made.Detach();
+            }
+        }
+        *table = m_git;
+        m_git->AddRef();
+    });
+}
+
+void CQuilldeckModule::AddCommonRGSReplacements(com::registrar& scripts) {
+    scripts.replace(L"APPID", application_id);
+}
+
+} // namespace module

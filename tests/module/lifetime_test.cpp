@@ -1,0 +1,225 @@
+#include "loaded_module.h"
+#include "process_census.h"
+#include "service_url.h"
+#include "store_control.h"
+
+#include "com/apartment.h"
+#include "com/memory.h"
+#include "utils/module.h"
+#include "vfs_quilldeck/pc_id.h"
+#include "vfs_quilldeck/session.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstring>
+#include <string>
+#include <thread>
+
+namespace module {
+
+namespace {
+
+constexpr auto end_within_a_request = "--end-within-a-request";
+constexpr DWORD ended_by_itself = 7;
+
+/// What a process has that it could lack later.
+struct holdings {
+    support::process_census census = support::count_process();
+    std::size_t bytes = support::allocated_bytes();
+    DWORD first_free_slot = free_slot();
+
+    friend bool operator==(const holdings&, const holdings&) = default;
+
+private:
+    static DWORD free_slot() {
+        const DWORD slot = TlsAlloc();
+        TlsFree(slot);
+        return slot;
+    }
+};
+
+std::ostream& operator<<(std::ostream& out, const holdings& all) {
+    return out << all.census.handles << " handles, " << all.census.threads << " threads, "
+               << all.bytes << " bytes, slot " << all.first_free_slot;
+}
+
+void sign_in() {
+    if (!vfs_quilldeck::is_logged_in(utils::own_module())) {
+        vfs_quilldeck::ensure_pc_id();
+        vfs_quilldeck::login(utils::own_module(), L"demo", L"demo");
+    }
+}
+
+/// All items of a folder, as the shell asks for them.
+std::vector<com::unique_id_list> list(IShellFolder& folder) {
+    ComPtr<IEnumIDList> items;
+    com::check(folder.EnumObjects(nullptr, SHCONTF_FOLDERS | SHCONTF_NONFOLDERS, &items));
+    std::vector<com::unique_id_list> result;
+    for (ITEMIDLIST* item = nullptr; items->Next(1, &item, nullptr) == S_OK;) {
+        result.emplace_back(item);
+    }
+    return result;
+}
+
+/// Makes the objects that need no store.
+void use(IShellFolder2& drive) {
+    ComPtr<IPersistFolder> persist;
+    com::check(drive.QueryInterface(IID_PPV_ARGS(&persist)));
+    ITEMIDLIST* computer = nullptr;
+    com::check(SHGetSpecialFolderLocation(nullptr, CSIDL_DRIVES, &computer));
+    const com::unique_id_list place(computer);
+    com::check(persist->Initialize(computer));
+    SHELLDETAILS details{};
+    com::check(drive.GetDetailsOf(nullptr, 0, &details));
+    CoTaskMemFree(details.str.pOleStr);
+    ComPtr<IShellView> view;
+    com::check(drive.CreateViewObject(nullptr, IID_PPV_ARGS(&view)));
+}
+
+/// Makes those that belong to an item.
+void use_items(IShellFolder2& drive) {
+    const auto items = list(drive);
+    ASSERT_FALSE(items.empty());
+    for (const auto& item : items) {
+        const ITEMIDLIST* child = item.get();
+        ULONG attributes = SFGAO_FOLDER;
+        com::check(drive.GetAttributesOf(1, &child, &attributes));
+        ComPtr<IUnknown> icon;
+        com::check(drive.GetUIObjectOf(nullptr, 1, &child, IID_IExtractIconW, nullptr, &icon));
+        if ((attributes & SFGAO_FOLDER) != 0) {
+            ComPtr<IShellFolder> folder;
+            com::check(drive.BindToObject(child, nullptr, IID_PPV_ARGS(&folder)));
+        } else {
+            ComPtr<IStream> stream;
+            com::check(drive.BindToObject(child, nullptr, IID_PPV_ARGS(&stream)));
+            char byte = 0;
+            com::check(stream->Read(&byte, 1, nullptr));
+        }
+    }
+}
+
+com::unique_id_list parse(IShellFolder& folder, std::wstring name) {
+    ITEMIDLIST* list = nullptr;
+    com::check(folder.ParseDisplayName(nullptr, nullptr, name.data(), nullptr, &list, nullptr));
+    return com::unique_id_list(list);
+}
+
+/// Brings in what decodes pictures.
+void use_picture(IShellFolder& drive) {
+    ComPtr<IShellFolder> folder;
+    com::check(drive.BindToObject(parse(drive, L"Pictures").get(), nullptr, IID_PPV_ARGS(&folder)));
+    const auto picture = parse(*folder.Get(), L"Dusk.jpg");
+    const ITEMIDLIST* child = picture.get();
+    ComPtr<IExtractImage> extractor;
+    com::check(folder->GetUIObjectOf(nullptr, 1, &child, IID_IExtractImage, nullptr, &extractor));
+    std::array<wchar_t, MAX_PATH> path{};
+    const SIZE size{32, 32};
+    DWORD priority = 0;
+    DWORD flags = 0;
+    com::check(extractor->GetLocation(path.data(), MAX_PATH, &priority, &size, 32, &flags));
+    HBITMAP bitmap = nullptr;
+    com::check(extractor->Extract(&bitmap));
+    DeleteObject(bitmap);
+}
+
+void one_life(bool with_items) {
+    const loaded_module extension;
+    const ComPtr<IShellFolder2> drive = extension.make_drive();
+    use(*drive.Get());
+    if (with_items) {
+        use_items(*drive.Get());
+        use_picture(*drive.Get());
+    }
+}
+
+/// Ends this process while a thread waits for the store within the extension.
+[[noreturn]] void end_this_process() {
+    const com::apartment apartment;
+    const auto* const extension = new loaded_module;
+    std::thread([extension] {
+        const com::apartment apartment_of_thread;
+        list(*extension->make_drive().Get());
+    }).detach();
+    support::store_control control(support::environment("QUILLDECK_TEST_HTTPS_URL"));
+    while (control.log().empty()) {
+        std::this_thread::yield();
+    }
+    ExitProcess(ended_by_itself);
+}
+
+} // namespace
+
+TEST(lifetime, a_thousand_loads_leave_nothing_behind) {
+    const com::apartment apartment;
+    sign_in();
+    // It needs the same libraries of the platform, so that these stay.
+    std::wstring twin = support::extension_path();
+    twin.replace(twin.rfind(L'\\') + 1, std::wstring::npos, L"Quilldeck.dll");
+    ASSERT_NE(LoadLibraryW(twin.c_str()), nullptr);
+
+    for (int round = 0; round < 10; ++round) {
+        one_life(round % 2 == 0);
+    }
+    ASSERT_FALSE(is_loaded());
+    const holdings before;
+    for (int round = 10; round < 1000; ++round) {
+        one_life(round % 20 == 0);
+        ASSERT_FALSE(is_loaded()) << round;
+    }
+    EXPECT_EQ(holdings(), before);
+}
+
+TEST(lifetime, loading_and_looking_up_a_class_start_nothing) {
+    const com::apartment apartment;
+    {
+        const loaded_module first;
+    }
+    const support::process_census before = support::count_process();
+    const loaded_module extension;
+    ComPtr<IClassFactory> factory;
+    ASSERT_EQ(extension.get_class_object(com::CLSID_ShellFolderImpl, IID_PPV_ARGS(&factory)), S_OK);
+    EXPECT_EQ(support::count_process(), before);
+}
+
+TEST(lifetime, a_thread_that_asked_the_store_leaves_nothing_at_its_end) {
+    sign_in();
+    const loaded_module extension;
+    const auto ask = [&] {
+        std::thread([&] {
+            const com::apartment apartment;
+            list(*extension.make_drive().Get());
+        }).join();
+    };
+    for (int round = 0; round < 3; ++round) {
+        ask();
+    }
+    const holdings before;
+    for (int round = 0; round < 10; ++round) {
+        ask();
+    }
+    EXPECT_EQ(holdings(), before);
+}
+
+TEST(lifetime, a_process_may_end_within_a_request) {
+    sign_in();
+    support::store_control control(support::environment("QUILLDECK_TEST_HTTPS_URL"));
+    control.reset();
+    control.fault({{"kind", "delay"}, {"seconds", "3600"}});
+    EXPECT_EQ(support::run_command(
+                  L"\"" + utils::own_module_path() + L"\" " +
+                  std::wstring(end_within_a_request,
+                               end_within_a_request + std::strlen(end_within_a_request))),
+              ended_by_itself);
+    control.reset();
+}
+
+} // namespace module
+
+int main(int argc, char** argv) {
+    if (argc == 2 && std::strcmp(argv[1], module::end_within_a_request) == 0) {
+        module::end_this_process();
+    }
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,91 @@
+#include "loaded_module.h"
+#include "registry_lines.h"
+
+#include "com/apartment.h"
+
+#include <boost/algorithm/string/replace.hpp>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace module {
+
+using support::registry_lines;
+using support::without;
+
+namespace {
+
+/// Some of what has to be there, with MODULE for the DLL's path.
+constexpr const char* expected[] = {
+    R"(HKLM\Software\Classes\AppID\{94606AEB-2398-46B6-9DFC-1072D35058F1} @="Quilldeck")",
+    R"(HKLM\Software\Classes\CLSID\{5FA947B5-650A-4374-8A9A-5EFA4F126834} @="Quilldeck")",
+    R"(HKLM\Software\Classes\CLSID\{5FA947B5-650A-4374-8A9A-5EFA4F126834}\InprocServer32 @="MODULE")",
+    R"(HKLM\Software\Classes\CLSID\{5FA947B5-650A-4374-8A9A-5EFA4F126834}\ShellFolder "Attributes"=dword:b8c00153)",
+    R"(HKLM\Software\Classes\Typelib\{FB02A5A4-B11F-4C9F-AA4C-485D4D03D779}\1.0\0\win64 @="MODULE")",
+    R"(HKLM\Software\Classes\Interface\{10CB142B-E382-4928-8B6A-7B2B32EACC64}\TypeLib @="{FB02A5A4-B11F-4C9F-AA4C-485D4D03D779}")",
+};
+
+constexpr auto class_keys = R"(HKLM\Software\Classes\CLSID\)";
+constexpr auto drive_key = R"(HKLM\Software\Classes\CLSID\{5FA947B5-650A-4374-8A9A-5EFA4F126834})";
+
+/// Wine shows keys that 32-bit programs share a second time.
+registry_lines without_copies(registry_lines lines) {
+    std::erase_if(lines, [](const std::string& line) {
+        return line.find("Wow6432Node") != std::string::npos;
+    });
+    return lines;
+}
+
+} // namespace
+
+TEST(registration, is_taken_back_but_for_the_installation_s_id) {
+    // Every Windows has it.
+    HKEY approved = nullptr;
+    RegCreateKeyW(HKEY_LOCAL_MACHINE,
+                  LR"(Software\Microsoft\Windows\CurrentVersion\Shell Extensions\Approved)",
+                  &approved);
+    RegSetValueExW(approved, L"Neighbour", 0, REG_SZ, nullptr, 0);
+    RegCloseKey(approved);
+
+    const registry_lines before = support::read_registry();
+    ASSERT_EQ(support::run_regsvr32(), 0U);
+    // Again, as an update does it.
+    ASSERT_EQ(support::run_regsvr32(), 0U);
+    const registry_lines registered = support::read_registry();
+    const registry_lines added = without_copies(without(registered, before));
+    const std::string module = std::filesystem::path(support::extension_path()).string();
+    for (std::string line : expected) {
+        boost::replace_all(line, "MODULE", module);
+        EXPECT_EQ(added.count(line), 1U) << line;
+    }
+    // No entries of classes that do not exist: the shell would load us in vain.
+    for (const std::string& line : added) {
+        EXPECT_TRUE(!line.starts_with(class_keys) || line.starts_with(drive_key)) << line;
+    }
+
+    ASSERT_EQ(support::run_regsvr32(L"/u"), 0U);
+    const registry_lines after = support::read_registry();
+    EXPECT_EQ(without(before, after), registry_lines{});
+    registry_lines left = without(after, before);
+    std::erase_if(left, [](const std::string& line) {
+        return line.starts_with(R"(HKLM\Software\Quilldeck "PCID"=)");
+    });
+    EXPECT_EQ(left, registry_lines{R"(HKLM\Software\Quilldeck)"});
+}
+
+TEST(registration, keeps_the_locale_of_the_thread_and_tells_of_a_failure) {
+    const loaded_module extension;
+    const LCID german = MAKELCID(MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN), SORT_DEFAULT);
+    SetThreadLocale(german);
+    // This thread is in no apartment, so that there is no interpreter of scripts.
+    EXPECT_EQ(extension.register_server(), CO_E_NOTINITIALIZED);
+    EXPECT_EQ(GetThreadLocale(), german);
+    {
+        const com::apartment apartment;
+        EXPECT_EQ(extension.register_server(), S_OK);
+        EXPECT_EQ(GetThreadLocale(), german);
+    }
+    EXPECT_EQ(support::run_regsvr32(L"/u"), 0U);
+}
+
+} // namespace module
