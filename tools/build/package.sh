@@ -1,8 +1,9 @@
 #!/bin/bash
 # package: make the archive to hand out, dist/quilldeck-VERSION-win64.zip
 #
-# Builds the release and packs its programs with the licences of what is linked into them and the
-# SHA-256 sum of every file. The same sources give the same archive.
+# Builds the release and packs the shell extension, its companions and the scripts that register it,
+# with the licences of what is linked into them and the SHA-256 sum of every file. The same sources
+# give the same archive.
 set -euo pipefail
 . "$ROOT/tools/build/common.sh"
 
@@ -14,13 +15,10 @@ trap 'rm -rf "$stage"' EXIT
 out=$stage/$name
 mkdir -p "$out/licences" dist
 
-count=0
-for program in build/release/bin/Quilldeck*.exe build/release/bin/Quilldeck*.dll; do
-    [ -e "$program" ] || continue
-    x86_64-w64-mingw32-strip -o "$out/${program##*/}" "$program"
-    count=$((count + 1))
+for program in Quilldeck.dll Quilldeck_Session.exe Quilldeck_Tray.exe; do
+    x86_64-w64-mingw32-strip -o "$out/$program" "build/release/bin/$program"
 done
-[ "$count" != 0 ] || die "the release has no programs to pack"
+cp installer/register.cmd installer/unregister.cmd "$out/"
 
 prefix=$(third_party/build.sh --prefix)
 for library in openssl curl boost utfcpp; do
@@ -34,4 +32,4 @@ mv "$stage/sums" "$out/SHA256SUMS"
 
 "$PYTHON" tools/build/pack.py "$stage" "dist/$name.zip"
 (cd dist && sha256sum "$name.zip" >"$name.zip.sha256")
-say "packed $count programs into dist/$name.zip"
+say "packed dist/$name.zip"
