@@ -11,16 +11,26 @@
 
 namespace utils::filesystem {
 
-std::wstring get_special_directory(int) {
+namespace {
+
+std::wstring local_application_data(const char* where) {
     std::array<wchar_t, MAX_PATH> path{};
     if (FAILED(SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, SHGFP_TYPE_CURRENT,
                                 path.data()))) {
         // Users and support know the message by this text, which names the roaming folder.
         throw system_error_exception(
-            std::source_location::current().function_name(),
-            "::SHGetFolderPath(NULL, CSIDL_APPDATA, NULL, SHGFP_TYPE_CURRENT, pszTempPath)");
+            where, "::SHGetFolderPath(NULL, CSIDL_APPDATA, NULL, SHGFP_TYPE_CURRENT, pszTempPath)");
     }
     return path.data();
+}
+
+} // namespace
+
+const std::wstring& get_special_directory(int) {
+    // A failure is not kept: the next call asks again.
+    static const std::wstring directory =
+        local_application_data(std::source_location::current().function_name());
+    return directory;
 }
 
 } // namespace utils::filesystem

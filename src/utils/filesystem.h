@@ -4,8 +4,10 @@
 
 namespace utils::filesystem {
 
-/// The platform's per-user directory for local application data, without a trailing separator.
-/// The argument is kept for its callers, who all pass 0. Throws `system_error_exception`.
-std::wstring get_special_directory(int);
+/// The platform's per-user directory for local application data, without a trailing separator. The
+/// platform is asked once a process: it reads the registry each time, and this is called for each
+/// item that a window paints. The argument is kept for its callers, who all pass 0. Throws
+/// `system_error_exception`.
+const std::wstring& get_special_directory(int);
 
 } // namespace utils::filesystem
