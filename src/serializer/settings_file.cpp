@@ -42,6 +42,24 @@ void write_file(const fs::path& path, std::string_view bytes, const char* where)
     }
 }
 
+/// Replaces `to` by `from` in one step, so that `to` is never missing: whoever found no file would
+/// begin with empty settings. Scanners, backups and whoever else looks at either file for a moment
+/// stand in the way of that, so it is tried again, for an eighth of a second in all.
+void rename_over(const fs::path& from, const fs::path& to) {
+    constexpr DWORD longest_wait = 64;
+    std::error_code failure;
+    for (DWORD wait = 1; wait <= longest_wait; wait *= 2) {
+        fs::rename(from, to, failure);
+        if (failure != std::errc::permission_denied) {
+            break;
+        }
+        Sleep(wait);
+    }
+    if (failure) {
+        throw fs::filesystem_error("cannot rename", from, to, failure);
+    }
+}
+
 } // namespace
 
 std::string read_file(const fs::path& path, const char* where) {
@@ -76,9 +94,7 @@ void replace_file(const fs::path& path, std::string_view bytes, bool keep_backup
             fs::rename(path, backup);
         }
     }
-    // In one step, so that the path is never without a file: whoever found none would begin with
-    // empty settings.
-    fs::rename(written, path);
+    rename_over(written, path);
 }
 
 } // namespace serializer

@@ -1,7 +1,8 @@
-#include "second_process.h"
+#include "file_calls.h"
 #include "serializer/exceptions.h"
 #include "serializer/file_cache.h"
 #include "serializer/file_serializer.h"
+#include "utils/unique_handle.h"
 
 #include <gtest/gtest.h>
 #include <utf8.h>
@@ -10,7 +11,6 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
-#include <thread>
 
 namespace serializer {
 
@@ -19,8 +19,8 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Held open by another program, which lets others do what `sharing` names.
-utils::unique_handle hold(const fs::path& path, DWORD sharing) {
-    return utils::unique_handle(
+utils::unique_file hold(const fs::path& path, DWORD sharing) {
+    return utils::unique_file(
         CreateFileW(path.c_str(), GENERIC_WRITE, sharing, nullptr, OPEN_ALWAYS, 0, nullptr));
 }
 
@@ -130,14 +130,26 @@ TEST_F(file_serializer_test, keeps_the_old_file_when_a_step_fails) {
     EXPECT_FALSE(fs::exists(file(L".tmp")));
 }
 
-TEST_F(file_serializer_test, always_has_a_whole_file_when_its_process_dies) {
-    save(std::wstring(200'000, L'0'));
-    for (int round = 0; round < 12; ++round) {
-        const support::second_process other;
-        ASSERT_EQ(other.ask(utf8::utf16to8(file().u16string())), "ok");
-        std::this_thread::sleep_for(std::chrono::milliseconds(7 * round + 3));
-        other.kill();
-        ASSERT_EQ(load().get_child_value(L"key", L"").size(), 200'000u);
+TEST_F(file_serializer_test, keeps_the_old_file_or_the_new_one_at_a_full_disk) {
+    for (const bool keep_backup : {false, true}) {
+        int calls = 0;
+        for (int number = 1; number <= calls + 1; ++number) {
+            save(L"old");
+            const std::string old = bytes();
+            support::arm_file_calls(number, support::mishap::disk_full);
+            bool failed = false;
+            try {
+                save(L"new", keep_backup);
+            } catch (const std::exception&) {
+                failed = true;
+                EXPECT_EQ(bytes(), old) << "at call " << number;
+            }
+            calls = support::disarm_file_calls();
+            EXPECT_EQ(load(), make_tree(failed ? L"old" : L"new")) << "at call " << number;
+            EXPECT_TRUE(!failed || calls >= number);
+        }
+        // The neighbour is opened, written, flushed and renamed; a backup is removed and linked.
+        EXPECT_EQ(calls, keep_backup ? 6 : 4);
     }
 }
 
@@ -182,22 +194,6 @@ TEST(file_cache, forgets_what_was_not_used_for_five_minutes) {
     EXPECT_TRUE(files.find("now").is_current(5));
 }
 
-/// The second process saves without end until it is killed.
-std::string save_without_end(const std::string& path) {
-    std::thread([file = fs::path(utf8::utf8to16(path))] {
-        for (wchar_t c = L'a';; c = c == L'z' ? L'a' : static_cast<wchar_t>(c + 1)) {
-            file_serializer::save_cached(file, make_tree(std::wstring(200'000, c)), c % 2 == 0);
-        }
-    }).detach();
-    return "ok";
-}
-
 } // namespace
 
 } // namespace serializer
-
-int main(int argc, char** argv) {
-    support::serve_if_second(argc, argv, serializer::save_without_end);
-    testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

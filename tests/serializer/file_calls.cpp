@@ -1,0 +1,90 @@
+#include "file_calls.h"
+
+#include <windows.h>
+
+#include <atomic>
+
+namespace {
+
+std::atomic<int> armed_number;
+std::atomic<int> calls_made;
+std::atomic<support::mishap> armed_mishap;
+
+/// Counts a call; whether it fails.
+bool next_call_fails() {
+    if (armed_number == 0 || ++calls_made != armed_number) {
+        return false;
+    }
+    if (armed_mishap == support::mishap::crash) {
+        TerminateProcess(GetCurrentProcess(), 1);
+    }
+    SetLastError(ERROR_DISK_FULL);
+    return true;
+}
+
+BOOL failure_of(BOOL) {
+    return FALSE;
+}
+
+HANDLE failure_of(HANDLE) {
+    return INVALID_HANDLE_VALUE;
+}
+
+/// Stands in an import slot of this program for as long as it runs.
+template <auto Slot>
+struct caught;
+
+template <class Result, class... Args, Result(WINAPI** Slot)(Args...)>
+struct caught<Slot> {
+    static inline Result(WINAPI* real)(Args...) = nullptr;
+
+    static Result WINAPI call(Args... args) {
+        return next_call_fails() ? failure_of(Result{}) : real(args...);
+    }
+
+    static void install() {
+        real = *Slot;
+        DWORD protection = 0;
+        VirtualProtect(static_cast<void*>(Slot), sizeof(*Slot), PAGE_READWRITE, &protection);
+        *Slot = &call;
+    }
+};
+
+} // namespace
+
+// The slots, as the import libraries name them.
+extern "C" {
+extern decltype(&CreateFileW) __imp_CreateFileW;
+extern decltype(&WriteFile) __imp_WriteFile;
+extern decltype(&FlushFileBuffers) __imp_FlushFileBuffers;
+extern decltype(&DeleteFileW) __imp_DeleteFileW;
+extern decltype(&CreateHardLinkW) __imp_CreateHardLinkW;
+extern decltype(&MoveFileExW) __imp_MoveFileExW;
+extern decltype(&CreateDirectoryW) __imp_CreateDirectoryW;
+}
+
+namespace support {
+
+void arm_file_calls(int number, mishap what) {
+    static const bool installed = [] {
+        caught<&__imp_CreateFileW>::install();
+        caught<&__imp_WriteFile>::install();
+        caught<&__imp_FlushFileBuffers>::install();
+        caught<&__imp_DeleteFileW>::install();
+        caught<&__imp_CreateHardLinkW>::install();
+        caught<&__imp_MoveFileExW>::install();
+        caught<&__imp_CreateDirectoryW>::install();
+        return true;
+    }();
+    static_cast<void>(installed);
+    armed_mishap = what;
+    calls_made = 0;
+    armed_number = number;
+}
+
+int disarm_file_calls() {
+    armed_number = 0;
+    return calls_made;
+}
+
+} // namespace support
