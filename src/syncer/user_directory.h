@@ -1,0 +1,14 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace syncer {
+
+/// The path of a directory among those of a user, below the user's local application data: it is
+/// not made here. Throws `create_directory_exception`, with `where` as the operation that it names,
+/// for a user name that no folder can have, as it would lead to another place.
+std::filesystem::path user_directory(const std::wstring& user_name, const wchar_t* name,
+                                     const char* where);
+
+} // namespace syncer
