@@ -1,6 +1,7 @@
 #include "loaded_module.h"
 
 #include "com/apartment.h"
+#include "com/memory.h"
 
 #include <gtest/gtest.h>
 
@@ -63,6 +64,22 @@ TEST(class_objects, are_found_by_com_in_any_apartment_and_let_the_module_go) {
     });
     // Wine 8 keeps a reference on the class object here, and the DLL with it.
     make(COINIT_MULTITHREADED, [] {});
+}
+
+TEST(class_objects, stand_below_my_computer) {
+    const support::registered_extension registration;
+    const com::apartment apartment;
+    ITEMIDLIST* list = nullptr;
+    ASSERT_EQ(SHParseDisplayName(L"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}\\"
+                                 L"::{5FA947B5-650A-4374-8A9A-5EFA4F126834}",
+                                 nullptr, &list, SFGAO_FOLDER, nullptr),
+              S_OK);
+    const com::unique_id_list drive(list);
+    wchar_t* name = nullptr;
+    ASSERT_EQ(SHGetNameFromIDList(list, SIGDN_NORMALDISPLAY, &name), S_OK);
+    EXPECT_STREQ(com::task_ptr<wchar_t>(name).get(), L"Quilldeck");
+    ComPtr<IShellFolder2> folder;
+    EXPECT_EQ(SHBindToObject(nullptr, list, nullptr, IID_PPV_ARGS(&folder)), S_OK);
 }
 
 } // namespace module
