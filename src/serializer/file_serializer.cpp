@@ -3,6 +3,7 @@
 #include "serializer/document.h"
 #include "serializer/file_cache.h"
 #include "serializer/settings_file.h"
+#include "utils/slim_lock.h"
 
 #include <chrono>
 #include <mutex>
@@ -17,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 
 struct shared_cache {
-    std::mutex cache_mutex;
+    utils::slim_lock cache_mutex;
     file_cache files;
 };
 
