@@ -15,8 +15,9 @@ trap 'rm -rf "$stage"' EXIT
 out=$stage/$name
 mkdir -p "$out/licences" dist
 
+# -p: by itself strip would write the time into the programs.
 for program in Quilldeck.dll Quilldeck_Session.exe Quilldeck_Tray.exe; do
-    x86_64-w64-mingw32-strip -o "$out/$program" "build/release/bin/$program"
+    x86_64-w64-mingw32-strip -p -o "$out/$program" "build/release/bin/$program"
 done
 cp installer/register.cmd installer/unregister.cmd "$out/"
 
