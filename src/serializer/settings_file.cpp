@@ -48,9 +48,9 @@ void write_file(const fs::path& path, std::string_view bytes, const char* where)
 void rename_over(const fs::path& from, const fs::path& to) {
     constexpr DWORD longest_wait = 64;
     std::error_code failure;
-    for (DWORD wait = 1; wait <= longest_wait; wait *= 2) {
+    for (DWORD wait = 1;; wait *= 2) {
         fs::rename(from, to, failure);
-        if (failure != std::errc::permission_denied) {
+        if (failure != std::errc::permission_denied || wait > longest_wait) {
             break;
         }
         Sleep(wait);
