@@ -8,15 +8,6 @@
 // The compiler's own entry: makes and destroys static objects, and calls DllMain.
 extern "C" BOOL WINAPI DllMainCRTStartup(HINSTANCE instance, DWORD reason, void* reserved);
 
-namespace {
-
-void give_back() noexcept {
-    module::thread_state::destroy();
-    module::private_heap::destroy();
-}
-
-} // namespace
-
 /// Called by the compiler's own entry.
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
     if (reason == DLL_THREAD_DETACH) {
@@ -26,16 +17,21 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
 }
 
 /// Stands around the compiler's own entry, since that allocates before it calls DllMain, and uses
-/// what it allocated until after. At the end of a process (`reserved` is set) nothing is given
-/// back: the other threads were ended wherever they were.
+/// what it allocated until after.
 extern "C" BOOL WINAPI quilldeck_entry(HINSTANCE instance, DWORD reason, void* reserved) {
+    // With the process everything ends by itself. The other threads were ended wherever they were,
+    // and what they had locked stays locked: no static object may be destroyed any more.
+    if (reason == DLL_PROCESS_DETACH && reserved != nullptr) {
+        return TRUE;
+    }
     if (reason == DLL_PROCESS_ATTACH &&
         !(module::private_heap::create() && module::thread_state::create())) {
         return FALSE;
     }
     const BOOL result = DllMainCRTStartup(instance, reason, reserved);
-    if (reason == DLL_PROCESS_DETACH && reserved == nullptr) {
-        give_back();
+    if (reason == DLL_PROCESS_DETACH) {
+        module::thread_state::destroy();
+        module::private_heap::destroy();
     }
     return result;
 }

@@ -5,7 +5,6 @@
 #include "dialogs/sign_in.h"
 #include "shell/seams.h"
 #include "transfer/stream.h"
-#include "utils/module.h"
 
 namespace module {
 
@@ -23,7 +22,7 @@ CQuilldeckModule::CQuilldeckModule() noexcept : m_formats(com::registered_format
 }
 
 CQuilldeckModule::~CQuilldeckModule() {
-    if (m_git != nullptr && !utils::process_is_ending()) {
+    if (m_git != nullptr) {
         m_git->Release();
     }
 }

@@ -1,7 +1,6 @@
 #include "shell/gdi_plus.h"
 
 #include "com/guard.h"
-#include "utils/module.h"
 
 #include <objidl.h>
 
@@ -12,9 +11,6 @@
 namespace shell {
 
 CGdiPlus::~CGdiPlus() {
-    if (utils::process_is_ending()) {
-        return;
-    }
     const std::lock_guard guard(m_lock);
     if (m_token != 0) {
         Gdiplus::GdiplusShutdown(m_token);

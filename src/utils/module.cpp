@@ -6,8 +6,6 @@
 
 // Where the linker put the module that it made of this code.
 extern "C" IMAGE_DOS_HEADER __ImageBase;
-// Exported since Windows XP, but in no header.
-extern "C" BOOLEAN NTAPI RtlDllShutdownInProgress();
 
 namespace utils {
 
@@ -31,10 +29,6 @@ std::wstring own_module_path() {
         }
         path.resize(path.size() * 2);
     }
-}
-
-bool process_is_ending() noexcept {
-    return RtlDllShutdownInProgress() != FALSE;
 }
 
 } // namespace utils

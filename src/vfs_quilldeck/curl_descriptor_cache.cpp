@@ -1,6 +1,5 @@
 #include "vfs_quilldeck/curl_descriptor_cache.h"
 
-#include "utils/module.h"
 #include "vfs_quilldeck/exceptions.h"
 
 #include <openssl/crypto.h>
@@ -30,9 +29,6 @@ public:
     library& operator=(const library&) = delete;
 
     ~library() {
-        if (utils::process_is_ending()) {
-            return;
-        }
         request_descriptor_cache.clear();
         transfer_descriptor_cache.clear();
         curl_global_cleanup();
@@ -60,7 +56,7 @@ curl_handle_entry::curl_handle_entry(const curl_handle_entry& other)
     : locked(other.locked), handle(make_handle()) {}
 
 curl_handle_entry::~curl_handle_entry() {
-    if (handle != nullptr && !utils::process_is_ending()) {
+    if (handle != nullptr) {
         curl_easy_cleanup(handle);
     }
 }
