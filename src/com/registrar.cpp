@@ -3,6 +3,7 @@
 #include "com/guard.h"
 #include "utils/module.h"
 
+#include <boost/algorithm/string/replace.hpp>
 #include <objbase.h>
 
 #pragma GCC diagnostic push
@@ -51,7 +52,7 @@ registrar::registrar() : module_path_(utils::own_module_path()) {
 registrar::~registrar() = default;
 
 void registrar::replace(const wchar_t* name, const std::wstring& value) {
-    check(registrar_->AddReplacement(name, value.c_str()));
+    check(registrar_->AddReplacement(name, boost::replace_all_copy(value, L"'", L"''").c_str()));
 }
 
 void registrar::run(UINT script, registration direction) {

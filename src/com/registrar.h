@@ -23,7 +23,8 @@ public:
     registrar& operator=(const registrar&) = delete;
     ~registrar();
 
-    /// Makes `%name%` in scripts mean `value`.
+    /// Makes `%name%` in the quoted words of scripts mean `value`. Wine's interpreter knows no
+    /// quotes within them.
     void replace(const wchar_t* name, const std::wstring& value);
 
     /// Runs a script among the resources of this module, of the type "REGISTRY".
