@@ -1,9 +1,21 @@
 #include "signed_in.h"
 
+#include "shell/id_list_bytes.h"
 #include "utils/module.h"
 #include "vfs_quilldeck/pc_id.h"
+#include "vfs_quilldeck/session.h"
 
 namespace shell {
+
+namespace {
+
+std::wstring text_of(STRRET& name, const ITEMIDLIST* list) {
+    wchar_t* text = nullptr;
+    com::check(StrRetToStrW(&name, list, &text));
+    return com::task_ptr<wchar_t>(text).get();
+}
+
+} // namespace
 
 void sign_in() {
     vfs_quilldeck::ensure_pc_id();
@@ -54,9 +66,7 @@ std::vector<com::unique_id_list> list(IShellFolder& folder, SHCONTF flags) {
 std::wstring name_of(IShellFolder& folder, const ITEMIDLIST* list, SHGDNF flags) {
     STRRET name{};
     com::check(folder.GetDisplayNameOf(list, flags, &name));
-    wchar_t* text = nullptr;
-    com::check(StrRetToStrW(&name, list, &text));
-    return com::task_ptr<wchar_t>(text).get();
+    return text_of(name, list);
 }
 
 std::wstring cell_of(IShellFolder2& folder, const ITEMIDLIST* list, UINT column) {
@@ -66,26 +76,30 @@ std::wstring cell_of(IShellFolder2& folder, const ITEMIDLIST* list, UINT column)
         return L"-";
     }
     com::check(status);
-    wchar_t* text = nullptr;
-    com::check(StrRetToStrW(&details.str, list, &text));
-    return com::task_ptr<wchar_t>(text).get();
+    return text_of(details.str, list);
 }
 
-bool is_equal(const ITEMIDLIST* left, const ITEMIDLIST* right) {
-    return CItemIDList(left, true) == CItemIDList(right, true);
+SFGAOF attributes_of(IShellFolder& folder, std::vector<const ITEMIDLIST*> items) {
+    SFGAOF flags = ~SFGAOF{0};
+    com::check(folder.GetAttributesOf(static_cast<UINT>(items.size()), items.data(), &flags));
+    return flags;
 }
 
-PIDLDATA record_of(const ITEMIDLIST* list) {
-    const CItemIDList records(list, false);
-    return records.last();
+std::string bytes_of(const ITEMIDLIST* list) {
+    const auto entries = entries_of(list);
+    return {reinterpret_cast<const char*>(entries.data()), entries.size()};
 }
 
-std::shared_ptr<vfs::directory> directory_of(IShellFolder& folder) {
+vfs::item_ptr item_of(IShellFolder& folder) {
     ComPtr<IShellFolderImpl> ours;
     com::check(folder.QueryInterface(IID_PPV_ARGS(&ours)));
     VARIANT item{};
     com::check(ours->GetObject(nullptr, &item));
-    return std::dynamic_pointer_cast<vfs::directory>(*static_cast<vfs::item_ptr*>(item.byref));
+    return *static_cast<vfs::item_ptr*>(item.byref);
+}
+
+std::shared_ptr<vfs::directory> directory_of(IShellFolder& folder) {
+    return std::dynamic_pointer_cast<vfs::directory>(item_of(folder));
 }
 
 } // namespace shell

@@ -5,15 +5,12 @@
 #include "com/module_lock.h"
 #include "service_url.h"
 #include "shell/item_id_list.h"
-#include "shell/seams.h"
 #include "shell/shell_folder.h"
 #include "store_control.h"
 #include "vfs/vfs.h"
-#include "vfs_quilldeck/session.h"
 
 #include <gtest/gtest.h>
 
-#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -21,8 +18,29 @@ namespace shell {
 
 using Microsoft::WRL::ComPtr;
 
+inline constexpr SHCONTF all_items = SHCONTF_FOLDERS | SHCONTF_NONFOLDERS;
+
 /// Signs this process's user in as the demo user, unless that was done already.
 void sign_in();
+/// The absolute list of the drive below My Computer.
+com::unique_id_list drive_list();
+/// A new folder object for the drive.
+ComPtr<IShellFolder2> make_drive();
+/// The list that `folder` parses from `name`. Throws a status.
+com::unique_id_list parse(IShellFolder& folder, std::wstring name);
+/// The folder at that path below `folder`.
+ComPtr<IShellFolder2> open(IShellFolder& folder, const std::wstring& path);
+/// What an enumerator delivers, one by one; empty without one.
+std::vector<com::unique_id_list> list(IShellFolder& folder, SHCONTF flags);
+std::wstring name_of(IShellFolder& folder, const ITEMIDLIST* list, SHGDNF flags);
+/// The text of a cell or, without a list, of a header; "-" for a cell that fails with E_FAIL.
+std::wstring cell_of(IShellFolder2& folder, const ITEMIDLIST* list, UINT column);
+SFGAOF attributes_of(IShellFolder& folder, std::vector<const ITEMIDLIST*> items);
+/// All bytes of a list but those of its terminator.
+std::string bytes_of(const ITEMIDLIST* list);
+/// The live item behind a folder of ours.
+vfs::item_ptr item_of(IShellFolder& folder);
+std::shared_ptr<vfs::directory> directory_of(IShellFolder& folder);
 
 /// A test of the shell layer by a signed-in user, in an apartment. At its end no object of ours
 /// lives.
@@ -38,35 +56,8 @@ protected:
         EXPECT_EQ(com::module_lock::count(), 0);
     }
 
-    /// How many requests the store got since the last call.
-    std::size_t count_requests() {
-        const std::size_t count = control.log().size();
-        control.reset();
-        return count;
-    }
-
     com::apartment apartment;
     support::store_control control{support::environment("QUILLDECK_TEST_HTTPS_URL")};
 };
-
-/// The absolute list of the drive below My Computer.
-com::unique_id_list drive_list();
-/// A new folder object for the drive.
-ComPtr<IShellFolder2> make_drive();
-/// The list that `folder` parses from `name`. Throws a status.
-com::unique_id_list parse(IShellFolder& folder, std::wstring name);
-/// The folder at that path below `folder`.
-ComPtr<IShellFolder2> open(IShellFolder& folder, const std::wstring& path);
-/// What an enumerator delivers, one by one; empty without one.
-std::vector<com::unique_id_list> list(IShellFolder& folder, SHCONTF flags);
-std::wstring name_of(IShellFolder& folder, const ITEMIDLIST* list, SHGDNF flags);
-/// The text of a cell or, without a list, of a header; "-" for a cell that fails with E_FAIL.
-std::wstring cell_of(IShellFolder2& folder, const ITEMIDLIST* list, UINT column);
-/// Byte by byte: the platform's call compares what it takes for names.
-bool is_equal(const ITEMIDLIST* left, const ITEMIDLIST* right);
-/// The last record of a list.
-PIDLDATA record_of(const ITEMIDLIST* list);
-/// The live directory behind a folder of ours.
-std::shared_ptr<vfs::directory> directory_of(IShellFolder& folder);
 
 } // namespace shell
