@@ -1,9 +1,12 @@
 #!/bin/bash
-# run: build, start the store and take the tour
+# run: build, start the store, open the drive in the file manager and take the tour
 #
-# Builds the release, starts the local store with its demo account, and runs tour.exe under Wine: it
-# signs in, uploads a folder, reads it back and compares every byte. run FOLDER takes a folder of
-# yours. A store that ./quilldeck service already runs is used as it is. Ends with the tour's code.
+# Builds the release and starts the local store with its demo account. Then the drive is opened in a
+# window of the file manager: on your screen, where it stays until you close it (sign in as demo,
+# password demo), or without one on a virtual screen, where it is used by mouse and keyboard and
+# pictures are put into build/pictures. At last tour.exe signs in, uploads a folder, reads it back
+# and compares every byte. run FOLDER takes a folder of yours. A store that ./quilldeck service
+# already runs is used as it is. Ends with a code of 0 when both went well.
 set -euo pipefail
 . "$ROOT/tools/build/common.sh"
 
@@ -48,7 +51,22 @@ case $there in
 *) die "port 8443 is in use by something else than our store; end it and try again" ;;
 esac
 
+window=
+if [ -n "${DISPLAY:-}" ]; then
+    say "opening the drive; sign in as demo, password demo; the store runs until you close the window"
+    QUILLDECK_SCREEN=own tools/build/wine-run --host tools/desktop/drive.sh --open >&2 &
+    window=$!
+else
+    pictures=${QUILLDECK_PICTURES:-$ROOT/build/pictures}
+    say "using the drive on a virtual screen; pictures go to $pictures"
+    "$PYTHON" tools/desktop/on_screen.py --pictures "$pictures" -- \
+        tools/build/wine-run --host tools/desktop/drive.sh || die "the drive did not work as it should"
+fi
+
 say "taking the tour"
 status=0
 tools/build/wine-run build/release/bin/tour.exe "${arguments[@]}" || status=$?
+if [ -n "$window" ]; then
+    wait "$window" || die "the drive could not be opened"
+fi
 exit "$status"

@@ -1,6 +1,10 @@
 # shellcheck shell=bash
 # Wine prefixes: one template in the cache, and cheap copies of it that live as long as a program.
-# Sourced with CACHE set. No function here needs a display.
+# Sourced with CACHE set.
+#
+# Windows are drawn nowhere, unless QUILLDECK_SCREEN says where on the display of DISPLAY: "own", each
+# in a window of the display's, or "desktop", in Wine's desktop with frames of its own, for a display
+# without a window manager.
 
 WINE=/usr/lib/wine/wine64
 WINESERVER=/usr/lib/wine/wineserver64
@@ -8,7 +12,8 @@ WINESERVER=/usr/lib/wine/wineserver64
 # Mono and Gecko are not installed; without this Wine asks for them. WINEDEBUG is left to a caller
 # who wants to see something.
 wine_environment() {
-    unset DISPLAY WAYLAND_DISPLAY
+    unset WAYLAND_DISPLAY
+    [ -n "${QUILLDECK_SCREEN:-}" ] || unset DISPLAY
     export LC_ALL=C.UTF-8 WINEDEBUG=${WINEDEBUG:--all} WINEDLLOVERRIDES='mscoree,mshtml=' WINEARCH=win64
 }
 
@@ -98,5 +103,24 @@ wine_copy_prefix() {
         rm "$copy/$file"
         cp -p "$template/$file" "$copy/$file"
     done
+    wine_set_screen "$copy"
     printf '%s\n' "$copy"
+}
+
+# Makes the prefix draw its windows where QUILLDECK_SCREEN says.
+wine_set_screen() {
+    [ -n "${QUILLDECK_SCREEN:-}" ] || return 0
+    sed -i '/^"Graphics"="null"$/d' "$1/user.reg"
+    # Debian's Wine does not look where Debian puts the fonts of Wine.
+    mkdir -p "$1/home/.local/share"
+    ln -s /usr/share/wine/fonts "$1/home/.local/share/fonts"
+    [ "$QUILLDECK_SCREEN" = desktop ] || return 0
+    cat >>"$1/user.reg" <<'END'
+
+[Software\\Wine\\Explorer]
+"Desktop"="Quilldeck"
+
+[Software\\Wine\\Explorer\\Desktops]
+"Quilldeck"="1024x768"
+END
 }

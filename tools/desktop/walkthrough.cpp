@@ -1,0 +1,165 @@
+/// walkthrough: goes through the drive in the file manager as a user does, by mouse and keyboard.
+/// walkthrough --open: opens the drive there, leaves the window to the user and ends with it.
+///
+/// At moments worth a picture it prints "picture NAME" and waits for a line in return. The exit
+/// code is 0 when everything was as it should be.
+
+#include "drive.h"
+#include "explorer.h"
+#include "input.h"
+#include "wait.h"
+#include "windows_of_others.h"
+
+#include "com/apartment.h"
+#include "vfs/directory.h"
+#include "vfs/exceptions.h"
+#include "vfs_quilldeck/session.h"
+
+#include <windows.h>
+
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace desktop;
+
+const std::wstring drive = L"Quilldeck";
+
+void say(const std::string& line) {
+    // At once: another program waits for it.
+    std::cout << line << '\n' << std::flush;
+}
+
+void take_picture(const std::string& name) {
+    // What was clicked is drawn by another process, which does not say when it is done.
+    constexpr DWORD drawing = 700;
+    ::Sleep(drawing);
+    say("picture " + name);
+    std::string answer;
+    std::getline(std::cin, answer);
+}
+
+void require(bool fulfilled, const std::string& what) {
+    if (!fulfilled) {
+        throw std::runtime_error(what);
+    }
+    say("walkthrough: " + what);
+}
+
+HWND login_dialog() {
+    return find_window(L"#32770", L"Quilldeck login");
+}
+
+void sign_in(const std::wstring& user, const std::wstring& password) {
+    const HWND dialog = wait_for("the login dialog", &login_dialog);
+    take_picture("login");
+    // The first field has the focus, the second is a Tab away, and Enter means Log In.
+    type(user);
+    press({VK_TAB});
+    type(password);
+    press({VK_RETURN});
+    wait_for("the end of the login dialog", [&] { return !::IsWindow(dialog); });
+}
+
+/// The store itself, to put things back as they were.
+std::shared_ptr<vfs::directory> documents() {
+    const vfs::client_ptr client = vfs_quilldeck::get_client(::GetModuleHandleW(nullptr));
+    const auto root = std::dynamic_pointer_cast<vfs::directory>(client->get_root());
+    return std::dynamic_pointer_cast<vfs::directory>(root->find_item_by_name(L"Documents", true));
+}
+
+void remove_if_there(const std::wstring& name) {
+    const auto folder = documents();
+    try {
+        folder->delete_item(folder->find_item_by_name(name, true), false);
+    } catch (const vfs::item_not_found_exception&) {
+        // Nothing is left of an earlier run.
+    }
+}
+
+std::vector<char> local_file(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void rename_and_back(const explorer& window) {
+    const std::wstring before = L"C# + C++ notes.md";
+    const std::wstring after = L"Notes of the journey.md";
+    window.rename(before, after);
+    window.wait_for_row(after);
+    take_picture("renamed");
+    const auto folder = documents();
+    require(folder->find_item_by_name(after, true) != nullptr, "a file was renamed with F2");
+    window.rename(after, before);
+    window.wait_for_row(before);
+}
+
+void read_and_write(explorer& window) {
+    const auto original = local_file("demo/files/documents/welcome.txt");
+    require(!original.empty() &&
+                read_from_drive(L"Documents\\Welcome to Quilldeck.txt") == original,
+            "a file was read out through the shell, equal byte for byte");
+
+    const std::wstring name = L"Written through the drive.txt";
+    const std::string text = "This file was written through the drive.\r\n";
+    remove_if_there(name);
+    write_to_drive(L"Documents", name, {text.begin(), text.end()});
+    const auto kept = read_from_drive(L"Documents\\" + name);
+    require(std::string(kept.begin(), kept.end()) == text, "a new file was written through it");
+    press({VK_F5});
+    window.wait_for_row(name);
+    take_picture("written");
+    remove_if_there(name);
+}
+
+void walk() {
+    const com::apartment apartment;
+    explorer window;
+    window.open({drive});
+    if (!vfs_quilldeck::is_logged_in(::GetModuleHandleW(nullptr))) {
+        sign_in(L"demo", L"demo");
+    }
+    window.wait_for_row(L"Documents");
+    take_picture("drive");
+    window.open({drive, L"Pictures"});
+    window.wait_for_row(L"Dusk.jpg");
+    take_picture("folder");
+    window.open({drive, L"Documents"});
+    rename_and_back(window);
+    read_and_write(window);
+}
+
+} // namespace
+
+int wmain(int count, wchar_t** values) {
+    try {
+        if (count == 1) {
+            walk();
+        } else if (count == 2 && std::wstring(values[1]) == L"--open") {
+            explorer window;
+            window.open({drive});
+            window.wait_until_closed();
+        } else {
+            say("usage: walkthrough [--open]");
+            return 2;
+        }
+        return 0;
+    } catch (const vfs::exception& failure) {
+        std::fwprintf(stderr, L"walkthrough failed: %ls\n", failure.get_description().c_str());
+    } catch (const com::status_exception& failure) {
+        std::fprintf(stderr, "walkthrough failed: status %lx\n",
+                     static_cast<unsigned long>(failure.status()));
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "walkthrough failed: %s\n", failure.what());
+    }
+    return 1;
+}
