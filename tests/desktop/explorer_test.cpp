@@ -1,0 +1,130 @@
+#include "drive_test.h"
+
+#include "com/memory.h"
+#include "desktop/drive.h"
+#include "desktop/explorer.h"
+#include "desktop/input.h"
+#include "desktop/wait.h"
+#include "desktop/windows_of_others.h"
+#include "vfs/directory.h"
+#include "vfs/exceptions.h"
+#include "vfs_quilldeck/session.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace desktop;
+using Microsoft::WRL::ComPtr;
+
+using row = std::vector<std::wstring>;
+
+const std::wstring drive = L"Quilldeck";
+
+class explorer_test : public drive_test {};
+
+std::wstring detail(IShellFolder2& folder, LPCITEMIDLIST list, UINT column) {
+    SHELLDETAILS details{};
+    if (FAILED(folder.GetDetailsOf(list, column, &details))) {
+        return {};
+    }
+    EXPECT_EQ(details.str.uType, static_cast<UINT>(STRRET_WSTR));
+    const com::task_ptr<wchar_t> text(details.str.pOleStr);
+    return text.get();
+}
+
+/// What a folder tells of each of its items, by the name.
+std::map<std::wstring, row> told_by(const std::wstring& path, UINT columns) {
+    ComPtr<IShellFolder2> folder;
+    EXPECT_EQ(drive_folder(path).As(&folder), S_OK);
+    ComPtr<IEnumIDList> items;
+    EXPECT_EQ(folder->EnumObjects(nullptr, SHCONTF_FOLDERS | SHCONTF_NONFOLDERS, &items), S_OK);
+    std::map<std::wstring, row> rows;
+    for (;;) {
+        LPITEMIDLIST list = nullptr;
+        if (items->Next(1, &list, nullptr) != S_OK) {
+            return rows;
+        }
+        const com::unique_id_list owner(list);
+        row cells;
+        for (UINT column = 0; column < columns; ++column) {
+            cells.push_back(detail(*folder.Get(), list, column));
+        }
+        rows[cells.front()] = cells;
+    }
+}
+
+std::map<std::wstring, row> shown_by(const list_view& list, std::size_t columns) {
+    std::map<std::wstring, row> rows;
+    for (int index = 0; index < list.count(); ++index) {
+        row cells;
+        for (std::size_t column = 0; column < columns; ++column) {
+            cells.push_back(list.cell(index, static_cast<int>(column)));
+        }
+        rows[cells.front()] = cells;
+    }
+    return rows;
+}
+
+std::shared_ptr<vfs::directory> documents(const vfs::client_ptr& client) {
+    return std::dynamic_pointer_cast<vfs::directory>(client->get_directory(L"Documents", false));
+}
+
+TEST_F(explorer_test, signs_in_at_the_first_look_and_shows_what_the_folder_tells) {
+    explorer window;
+    window.open({drive});
+    const HWND dialog =
+        wait_for("the login dialog", [] { return find_window(L"#32770", L"Quilldeck login"); });
+    EXPECT_FALSE(vfs_quilldeck::is_logged_in(::GetModuleHandleW(nullptr)));
+    type(L"demo");
+    press({VK_TAB});
+    type(L"demo");
+    press({VK_RETURN});
+    wait_for("the end of the dialog", [&] { return !::IsWindow(dialog); });
+    EXPECT_TRUE(vfs_quilldeck::is_logged_in(::GetModuleHandleW(nullptr)));
+    window.wait_for_row(L"Documents");
+
+    const row titles = {L"Name", L"Type", L"Size", L"Date accessed", L"Date modified"};
+    EXPECT_EQ(window.list().titles(), titles);
+    EXPECT_EQ(shown_by(window.list(), titles.size()), told_by(L"", 5));
+
+    // A folder below it, by the tree; its rows have sizes and dates.
+    window.open({drive, L"Documents"});
+    window.wait_for_row(L"Welcome to Quilldeck.txt");
+    const auto told = told_by(L"Documents", 5);
+    EXPECT_EQ(shown_by(window.list(), titles.size()), told);
+    EXPECT_FALSE(told.at(L"Welcome to Quilldeck.txt")[2].empty());
+    EXPECT_FALSE(told.at(L"Welcome to Quilldeck.txt")[4].empty());
+}
+
+TEST_F(explorer_test, opens_from_my_computer_by_a_double_click) {
+    sign_in();
+    explorer window;
+    window.open({});
+    const int place = window.wait_for_row(drive);
+    click(window.list().place(place), 2);
+    window.wait_for_row(L"Documents");
+}
+
+TEST_F(explorer_test, renames_with_f2_and_outlives_a_right_click) {
+    const auto folder = documents(sign_in());
+    explorer window;
+    window.open({drive, L"Documents"});
+    const std::wstring name = L"Übersicht & Größe.md";
+    window.rename(L"C# + C++ notes.md", name);
+    window.wait_for_row(name);
+    EXPECT_NE(folder->find_item_by_name(name, true), nullptr);
+    EXPECT_THROW(folder->find_item_by_name(L"C# + C++ notes.md", true),
+                 vfs::item_not_found_exception);
+
+    right_click(window.list().place(window.wait_for_row(name)));
+    press({VK_ESCAPE});
+    window.rename(name, L"C# + C++ notes.md");
+    window.wait_for_row(L"C# + C++ notes.md");
+    EXPECT_NE(folder->find_item_by_name(L"C# + C++ notes.md", true), nullptr);
+}
+
+} // namespace
