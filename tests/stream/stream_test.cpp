@@ -1,4 +1,3 @@
-#include "../transfer/expect_failure.h"
 #include "../transfer/store_test.h"
 
 #include "driven_window.h"

@@ -51,17 +51,16 @@ step_source random_steps(std::mt19937& random, std::size_t greatest) {
     };
 }
 
-transfer_outcome write_all(vfs::file& file, std::span<const unsigned char> data,
+transfer_outcome write_all(const write_call& write, std::span<const unsigned char> data,
                            const step_source& step, int most_failures) {
     transfer_outcome outcome;
     while (!data.empty() && outcome.failures <= most_failures) {
         const auto piece = data.first(std::min(step(), data.size()));
-        std::uint32_t taken = 0;
+        const auto length = static_cast<std::uint32_t>(piece.size());
         while (outcome.failures <= most_failures && !succeeds(L"Write failed", outcome, [&] {
-                   taken = file.write(piece.data(), static_cast<std::uint32_t>(piece.size()));
+                   data = data.subspan(write(piece.data(), length));
                })) {
         }
-        data = data.subspan(taken);
     }
     outcome.complete = data.empty();
     return outcome;

@@ -31,10 +31,19 @@ struct transfer_outcome {
     bool complete = false; ///< no call is left
 };
 
+/// `write` of a file or of a stream.
+using write_call = std::function<std::uint32_t(const void*, std::uint32_t)>;
+
 /// Writes `data` as the copy workers do: a call that failed is made again with the same bytes.
 /// Gives up after `most_failures`.
-transfer_outcome write_all(vfs::file& file, std::span<const unsigned char> data,
+transfer_outcome write_all(const write_call& write, std::span<const unsigned char> data,
                            const step_source& step, int most_failures = 0);
+
+inline transfer_outcome write_all(vfs::file& file, std::span<const unsigned char> data,
+                                  const step_source& step, int most_failures = 0) {
+    return write_all(std::bind_front(&vfs::file::write, &file), data, step, most_failures);
+}
+
 /// Reads to the end into `data`; what a failed call delivered is thrown away.
 transfer_outcome read_all(vfs::file& file, content& data, const step_source& step,
                           int most_failures = 0);

@@ -1,9 +1,6 @@
-#include "expect_failure.h"
 #include "store_test.h"
 
-#include "utils/unique_handle.h"
-
-#include <windows.h>
+#include <process.h>
 
 #include <algorithm>
 #include <string>
@@ -18,15 +15,8 @@ protected:
 
     /// Ends the store's processes. They are none of this system, so its own shell does it.
     void end_store() {
-        std::wstring command = L"sh -c \"kill -TERM " + std::to_wstring(store_process()) + L"\"";
-        STARTUPINFOW startup{};
-        startup.cb = sizeof(startup);
-        PROCESS_INFORMATION process{};
-        ASSERT_TRUE(CreateProcessW(L"Z:\\bin\\sh", command.data(), nullptr, nullptr, FALSE, 0,
-                                   nullptr, nullptr, &startup, &process));
-        CloseHandle(process.hThread);
-        const utils::unique_handle owner(process.hProcess);
-        WaitForSingleObject(owner.get(), INFINITE);
+        const std::wstring order = L"\"kill -TERM " + std::to_wstring(store_process()) + L"\"";
+        _wspawnl(_P_WAIT, L"Z:\\bin\\sh", L"sh", L"-c", order.c_str(), nullptr);
     }
 };
 

@@ -7,10 +7,22 @@ namespace transfer_test {
 line_cutter::line_cutter() {
     const vfs_quilldeck::curl_descriptor lease(vfs_quilldeck::transfer_descriptor_cache);
     handle_ = lease.get();
-    curl_easy_setopt(handle_, CURLOPT_SOCKOPTFUNCTION, &line_cutter::note_socket);
     curl_easy_setopt(handle_, CURLOPT_SOCKOPTDATA, this);
-    curl_easy_setopt(handle_, CURLOPT_DEBUGFUNCTION, &line_cutter::note_data);
+    curl_easy_setopt(
+        handle_, CURLOPT_SOCKOPTFUNCTION,
+        +[](void* cutter, curl_socket_t socket, curlsocktype) -> int {
+            static_cast<line_cutter*>(cutter)->socket_ = socket;
+            return CURL_SOCKOPT_OK;
+        });
     curl_easy_setopt(handle_, CURLOPT_DEBUGDATA, this);
+    curl_easy_setopt(
+        handle_, CURLOPT_DEBUGFUNCTION,
+        +[](CURL*, curl_infotype type, char*, std::size_t size, void* cutter) -> int {
+            if (type == CURLINFO_DATA_IN || type == CURLINFO_DATA_OUT) {
+                static_cast<line_cutter*>(cutter)->note(static_cast<curl_off_t>(size));
+            }
+            return 0;
+        });
     curl_easy_setopt(handle_, CURLOPT_VERBOSE, 1L);
 }
 
@@ -22,25 +34,13 @@ line_cutter::~line_cutter() {
 
 void line_cutter::cut_now() {
     shutdown(socket_, SD_BOTH);
-    ++cuts_;
 }
 
-int line_cutter::note_socket(void* cutter, curl_socket_t socket, curlsocktype) {
-    static_cast<line_cutter*>(cutter)->socket_ = socket;
-    return CURL_SOCKOPT_OK;
-}
-
-int line_cutter::note_data(CURL*, curl_infotype type, char*, std::size_t size, void* cutter) {
-    auto& self = *static_cast<line_cutter*>(cutter);
-    if (self.left_ < 0 || (type != CURLINFO_DATA_IN && type != CURLINFO_DATA_OUT)) {
-        return 0;
+void line_cutter::note(curl_off_t bytes) {
+    if (left_ >= 0 && (left_ -= bytes) <= 0) {
+        left_ = -1;
+        cut_now();
     }
-    self.left_ -= static_cast<curl_off_t>(size);
-    if (self.left_ <= 0) {
-        self.left_ = -1;
-        self.cut_now();
-    }
-    return 0;
 }
 
 } // namespace transfer_test

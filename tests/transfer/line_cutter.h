@@ -3,8 +3,6 @@
 #include <curl/curl.h>
 #include <winsock2.h>
 
-#include <cstddef>
-
 namespace transfer_test {
 
 /// Breaks the data connections of the transfers that run on the pool's first handle, whichever
@@ -23,18 +21,13 @@ public:
     /// Breaks the connection that was opened last, between two calls of its user.
     void cut_now();
 
-    /// Breaks that have happened.
-    int cuts() const { return cuts_; }
-
 private:
-    static int note_socket(void* cutter, curl_socket_t socket, curlsocktype purpose);
-    static int note_data(CURL*, curl_infotype type, char*, std::size_t size, void* cutter);
+    void note(curl_off_t bytes);
 
     CURL* handle_ = nullptr;
     curl_socket_t socket_ = CURL_SOCKET_BAD;
     /// Bytes that may still pass; below 0 all may.
     curl_off_t left_ = -1;
-    int cuts_ = 0;
 };
 
 } // namespace transfer_test

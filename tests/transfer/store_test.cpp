@@ -9,7 +9,6 @@
 #include <windows.h>
 
 #include <fstream>
-#include <iterator>
 #include <map>
 #include <stdexcept>
 
@@ -20,11 +19,6 @@ namespace {
 std::string variable(store_kind kind, const std::string& name) {
     const std::string prefix = kind == store_kind::vsftpd ? "VSFTPD_" : "";
     return support::environment(("QUILLDECK_TEST_" + prefix + name).c_str());
-}
-
-std::string read_ready_file(store_kind kind) {
-    std::ifstream ready("Z:" + variable(kind, "READY"));
-    return {std::istreambuf_iterator<char>(ready), std::istreambuf_iterator<char>()};
 }
 
 /// The text behind a key of the ready file.
@@ -51,8 +45,8 @@ std::shared_ptr<vfs_quilldeck::client> client_of(store_kind kind) {
 
 store_test::store_test(store_kind kind)
     : service_url(variable(kind, "HTTPS_URL")), control(service_url), client(client_of(kind)),
-      root_(std::dynamic_pointer_cast<vfs::directory>(client->get_root())),
-      ready_(read_ready_file(kind)) {
+      root_(std::dynamic_pointer_cast<vfs::directory>(client->get_root())) {
+    std::getline(std::ifstream("Z:" + variable(kind, "READY")), ready_, '\0');
     const std::string quoted = text_after(ready_, "incoming");
     locations_ = "Z:" + quoted.substr(1, quoted.find('"', 1) - 1);
     control.reset();

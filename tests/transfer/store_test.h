@@ -4,6 +4,7 @@
 #include "store_control.h"
 
 #include "vfs/directory.h"
+#include "vfs/exceptions.h"
 #include "vfs/file.h"
 #include "vfs_quilldeck/client.h"
 
@@ -67,6 +68,20 @@ class any_store_test : public store_test, public testing::WithParamInterface<sto
 protected:
     any_store_test() : store_test(GetParam()) {}
 };
+
+inline constexpr auto broken_line = L"Please, check your internet connection or firewall settings";
+
+/// `call` must fail with exactly these texts.
+template <class Call>
+void expect_failure(const std::wstring& name, const std::wstring& description, const Call& call) {
+    try {
+        call();
+        ADD_FAILURE() << "no failure: " << testing::PrintToString(name);
+    } catch (const vfs::exception& failure) {
+        EXPECT_EQ(failure.get_name(), name);
+        EXPECT_EQ(failure.get_description(), description);
+    }
+}
 
 /// The name of a test's parameter.
 std::string name_of_store(const testing::TestParamInfo<store_kind>& info);
