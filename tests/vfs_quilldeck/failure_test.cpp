@@ -3,18 +3,20 @@
 #include "vfs_quilldeck/curl_descriptor_cache.h"
 
 #include <functional>
-#include <vector>
+#include <stdexcept>
+#include <tuple>
 
 namespace vfs_quilldeck {
 
 namespace {
 
+using namespace std::string_literals;
+
 class failure : public store_test {
 protected:
-    using settings = std::vector<std::pair<std::string, std::string>>;
-
     /// Fails each request of `act` in turn, in each way: it throws, and done once more it succeeds.
-    void fail_each_request(const std::function<void()>& act, const std::function<void()>& undo);
+    void
+    fail_each_request(const std::function<void()>& act, const std::function<void()>& undo = [] {});
     void run_scenario();
 
     std::size_t failures = 0;
@@ -22,23 +24,15 @@ protected:
 
 void failure::fail_each_request(const std::function<void()>& act,
                                 const std::function<void()>& undo) {
-    const struct {
-        settings fault;
-        std::wstring description;
-    } ways[] = {
-        {{{"kind", "drop"}, {"count", "1000"}},
-         L"Please, check your internet connection or firewall settings"},
-        {{{"kind", "garbage"}}, L"Server side error"},
-        {{{"kind", "error"}}, L"An error on demand"},
-    };
-
-    for (const auto& [fault, description] : ways) {
+    const std::wstring no_line = L"Please, check your internet connection or firewall settings";
+    for (const auto& [kind, count, description] :
+         {std::tuple("drop", "1000", no_line), std::tuple("garbage", "1", L"Server side error"s),
+          std::tuple("error", "1", L"An error on demand"s)}) {
         for (int request = 0;; ++request) {
-            SCOPED_TRACE(fault[0].second + " at request " + std::to_string(request));
+            const std::string skip = std::to_string(request);
+            SCOPED_TRACE(kind + (" at request " + skip));
             ASSERT_LT(request, 20);
-            settings numbered = fault;
-            numbered.emplace_back("skip", std::to_string(request));
-            control.fault(numbered);
+            control.fault({{"kind", kind}, {"count", count}, {"skip", skip}});
             const std::wstring met = failure_of(act);
             control.reset();
             EXPECT_EQ(request_descriptor_cache.get_usage().locked, 0u);
@@ -56,15 +50,12 @@ void failure::fail_each_request(const std::function<void()>& act,
 }
 
 void failure::run_scenario() {
-    const auto nothing = [] {
-    };
     std::unique_ptr<client> session;
-    fail_each_request([&] { session = std::make_unique<client>(L"demo", L"demo"); }, nothing);
-    fail_each_request([&] { client restored(session->get_user_info()); }, nothing);
+    fail_each_request([&] { session = std::make_unique<client>(L"demo", L"demo"); });
+    fail_each_request([&] { client restored(session->get_user_info()); });
 
     const auto root = root_of(*session);
-    vfs::item_ptr made;
-    fail_each_request([&] { made = session->get_directory(L"Failures/Inner", true); },
+    fail_each_request([&] { session->get_directory(L"Failures/Inner", true); },
                       [&] {
                           root->get_items();
                           root->delete_item(L"Failures", false);
@@ -86,17 +77,15 @@ void failure::run_scenario() {
             file = nullptr;
         });
     file = as_file(folder->create_file(L"f"));
-    fail_each_request(
-        [&] {
-            if (file->get_open_mode() == 0) {
-                file->open(6, 2);
-                file->write("de", 2);
-            }
-            file->close(0);
-            file->open(vfs::modeRead, 0);
-            file->close(0);
-        },
-        nothing);
+    fail_each_request([&] {
+        if (file->get_open_mode() == 0) {
+            file->open(6, 2);
+            file->write("de", 2);
+        }
+        file->close(0);
+        file->open(vfs::modeRead, 0);
+        file->close(0);
+    });
     fail_each_request([&] { folder->rename_item(L"f", L"g"); },
                       [&] { folder->rename_item(file, L"f"); });
     fail_each_request([&] { file->copy(root, false); },
@@ -104,25 +93,18 @@ void failure::run_scenario() {
                           root->get_items();
                           root->delete_item(L"f", false);
                       });
-    fail_each_request(
-        [&] {
-            file->set_price(2);
-            file->set_description(L"d");
-            folder->set_access(vfs::access_public);
-            EXPECT_EQ(file->get_path(), L"Failures/f");
-        },
-        nothing);
-    fail_each_request(
-        [&] {
-            session->get_storage_info();
-            session->get_pro_settings();
-            session->get_user_notifications();
-            folder->get_sharewith_items();
-        },
-        nothing);
     const auto pictures = as_directory(session->get_directory(L"Pictures", false));
-    fail_each_request([&] { pictures->find_item_by_name(L"Dusk.jpg", true)->get_thumbnail(); },
-                      nothing);
+    fail_each_request([&] {
+        file->set_price(2);
+        file->set_description(L"d");
+        folder->set_access(vfs::access_public);
+        EXPECT_EQ(file->get_path(), L"Failures/f");
+        session->get_storage_info();
+        session->get_pro_settings();
+        session->get_user_notifications();
+        folder->get_sharewith_items();
+        pictures->find_item_by_name(L"Dusk.jpg", true)->get_thumbnail();
+    });
     fail_each_request([&] { root->delete_item(folder, true); }, [&] { folder->restore(); });
     root->delete_item(folder, false);
 }
@@ -193,10 +175,8 @@ TEST_F(failure, is_what_a_repeated_request_says_when_only_its_answer_was_lost) {
 }
 
 TEST_F(failure, is_told_in_the_words_of_who_met_it) {
-    EXPECT_EQ(failure_of([] {
-                  client(vfs::user_info{L"no session", L"", L"", L"", L""});
-              }).find(L"Not signed in: "),
-              0u);
+    const vfs::user_info nobody{L"no session", L"", L"", L"", L""};
+    EXPECT_EQ(failure_of([&] { client{nobody}; }).find(L"Not signed in: "), 0u);
     client session = sign_in();
 
     const struct {
@@ -228,20 +208,13 @@ TEST_F(failure, is_told_in_the_words_of_who_met_it) {
         }
     }
     // Data that cannot be read end in a session without transfers, or in none.
-    for (const auto& [data, signs_in] :
-         {std::pair("", true), std::pair("AAAAAAAAAAAAAAAA", false)}) {
+    const auto sign_in_with = [this](const std::string& data) {
         control.reset();
-        answer(std::string("<R><UserID>7</UserID><Data>") + data + "</Data></R>");
-        try {
-            const client met(L"demo", L"demo");
-            EXPECT_TRUE(signs_in);
-            EXPECT_EQ(met.get_user_info().user_id, L"7");
-            EXPECT_EQ(met.get_host() + met.get_transfer_user(), "");
-        } catch (const std::exception& met) {
-            EXPECT_FALSE(signs_in);
-            EXPECT_STREQ(met.what(), "Incorrect buffer length");
-        }
-    }
+        answer("<R><UserID>7</UserID><Data>" + data + "</Data></R>");
+        return sign_in();
+    };
+    EXPECT_EQ(sign_in_with("").get_host() + sign_in_with("").get_transfer_user(), "");
+    EXPECT_THROW(sign_in_with("AAAAAAAAAAAAAAAA"), std::runtime_error);
 }
 
 } // namespace
