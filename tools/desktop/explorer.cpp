@@ -97,7 +97,13 @@ list_view explorer::list() const {
 }
 
 int explorer::wait_for_row(const std::wstring& name) const {
-    return wait_for(narrow(name) + " in the list", [&] { return list().find(name); });
+    return wait_for(narrow(name) + " in the list", [&]() -> std::optional<int> {
+        try {
+            return list().find(name);
+        } catch (const window_gone&) {
+            return std::nullopt; // the list of the folder before
+        }
+    });
 }
 
 void explorer::rename(const std::wstring& name, const std::wstring& new_name) const {

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstring>
-#include <stdexcept>
 
 namespace desktop {
 
@@ -58,7 +57,7 @@ remote_memory::remote_memory(HWND window, std::size_t size) {
     address_ = static_cast<std::byte*>(
         ::VirtualAllocEx(process_.get(), nullptr, size, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE));
     if (!address_) {
-        throw std::runtime_error("no memory in the process of a window");
+        throw window_gone();
     }
 }
 
@@ -68,13 +67,13 @@ remote_memory::~remote_memory() {
 
 void remote_memory::write(const void* data, std::size_t size, std::size_t offset) const {
     if (!::WriteProcessMemory(process_.get(), address_ + offset, data, size, nullptr)) {
-        throw std::runtime_error("the memory of a window's process could not be written");
+        throw window_gone();
     }
 }
 
 void remote_memory::read(void* data, std::size_t size, std::size_t offset) const {
     if (!::ReadProcessMemory(process_.get(), address_ + offset, data, size, nullptr)) {
-        throw std::runtime_error("the memory of a window's process could not be read");
+        throw window_gone();
     }
 }
 

@@ -10,12 +10,19 @@
 
 #include <cstddef>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace desktop {
 
-/// A block of memory in the process that owns a window. Failures throw `std::runtime_error`.
+/// A control that was looked at no longer exists, as when a window shows another folder.
+class window_gone : public std::runtime_error {
+public:
+    window_gone() : std::runtime_error("a window is gone") {}
+};
+
+/// A block of memory in the process that owns a window. Failures throw `window_gone`.
 class remote_memory {
 public:
     remote_memory(HWND window, std::size_t size);
