@@ -1,7 +1,6 @@
 #include "loaded_module.h"
 
 #include "com/apartment.h"
-#include "com/memory.h"
 
 #include <gtest/gtest.h>
 
@@ -20,7 +19,6 @@ TEST(class_objects, are_there_for_the_registered_classes_only) {
     // Made by the folder, and by nobody else.
     EXPECT_EQ(extension.get_class_object(com::CLSID_ExtractIconImpl, IID_IClassFactory, &none),
               CLASS_E_CLASSNOTAVAILABLE);
-    none = &mark;
     EXPECT_EQ(extension.get_class_object(com::CLSID_ShellFolderImpl, IID_IStream, &none),
               E_NOINTERFACE);
     EXPECT_EQ(none, nullptr);
@@ -64,22 +62,6 @@ TEST(class_objects, are_found_by_com_in_any_apartment_and_let_the_module_go) {
     });
     // Wine 8 keeps a reference on the class object here, and the DLL with it.
     make(COINIT_MULTITHREADED, [] {});
-}
-
-TEST(class_objects, stand_below_my_computer) {
-    const support::registered_extension registration;
-    const com::apartment apartment;
-    ITEMIDLIST* list = nullptr;
-    ASSERT_EQ(SHParseDisplayName(L"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}\\"
-                                 L"::{5FA947B5-650A-4374-8A9A-5EFA4F126834}",
-                                 nullptr, &list, SFGAO_FOLDER, nullptr),
-              S_OK);
-    const com::unique_id_list drive(list);
-    wchar_t* name = nullptr;
-    ASSERT_EQ(SHGetNameFromIDList(list, SIGDN_NORMALDISPLAY, &name), S_OK);
-    EXPECT_STREQ(com::task_ptr<wchar_t>(name).get(), L"Quilldeck");
-    ComPtr<IShellFolder2> folder;
-    EXPECT_EQ(SHBindToObject(nullptr, list, nullptr, IID_PPV_ARGS(&folder)), S_OK);
 }
 
 } // namespace module

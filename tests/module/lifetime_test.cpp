@@ -11,8 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstring>
 #include <string>
 #include <thread>
 
@@ -20,7 +18,7 @@ namespace module {
 
 namespace {
 
-constexpr auto end_within_a_request = "--end-within-a-request";
+constexpr auto end_within_a_request = L"--end-within-a-request";
 constexpr DWORD ended_by_itself = 7;
 
 /// What a process has that it could lack later.
@@ -51,15 +49,11 @@ void sign_in() {
     }
 }
 
-/// All items of a folder, as the shell asks for them.
-std::vector<com::unique_id_list> list(IShellFolder& folder) {
+/// The items of a folder, which the store is asked for.
+ComPtr<IEnumIDList> list(IShellFolder& folder) {
     ComPtr<IEnumIDList> items;
     com::check(folder.EnumObjects(nullptr, SHCONTF_FOLDERS | SHCONTF_NONFOLDERS, &items));
-    std::vector<com::unique_id_list> result;
-    for (ITEMIDLIST* item = nullptr; items->Next(1, &item, nullptr) == S_OK;) {
-        result.emplace_back(item);
-    }
-    return result;
+    return items;
 }
 
 /// Makes the objects that need no store.
@@ -80,9 +74,10 @@ void use(IShellFolder2& drive) {
 /// Makes those that belong to an item.
 void use_items(IShellFolder2& drive) {
     const auto items = list(drive);
-    ASSERT_FALSE(items.empty());
-    for (const auto& item : items) {
-        const ITEMIDLIST* child = item.get();
+    ITEMIDLIST* item = nullptr;
+    while (items->Next(1, &item, nullptr) == S_OK) {
+        const com::unique_id_list owner(item);
+        const ITEMIDLIST* child = item;
         ULONG attributes = SFGAO_FOLDER;
         com::check(drive.GetAttributesOf(1, &child, &attributes));
         ComPtr<IUnknown> icon;
@@ -113,11 +108,8 @@ void use_picture(IShellFolder& drive) {
     const ITEMIDLIST* child = picture.get();
     ComPtr<IExtractImage> extractor;
     com::check(folder->GetUIObjectOf(nullptr, 1, &child, IID_IExtractImage, nullptr, &extractor));
-    std::array<wchar_t, MAX_PATH> path{};
-    const SIZE size{32, 32};
-    DWORD priority = 0;
-    DWORD flags = 0;
-    com::check(extractor->GetLocation(path.data(), MAX_PATH, &priority, &size, 32, &flags));
+    wchar_t path[MAX_PATH];
+    com::check(extractor->GetLocation(path, MAX_PATH, nullptr, nullptr, 32, nullptr));
     HBITMAP bitmap = nullptr;
     com::check(extractor->Extract(&bitmap));
     DeleteObject(bitmap);
@@ -206,18 +198,16 @@ TEST(lifetime, a_process_may_end_within_a_request) {
     support::store_control control(support::environment("QUILLDECK_TEST_HTTPS_URL"));
     control.reset();
     control.fault({{"kind", "delay"}, {"seconds", "3600"}});
-    EXPECT_EQ(support::run_command(
-                  L"\"" + utils::own_module_path() + L"\" " +
-                  std::wstring(end_within_a_request,
-                               end_within_a_request + std::strlen(end_within_a_request))),
-              ended_by_itself);
+    EXPECT_EQ(
+        support::run_command(L"\"" + utils::own_module_path() + L"\" " + end_within_a_request),
+        ended_by_itself);
     control.reset();
 }
 
 } // namespace module
 
 int main(int argc, char** argv) {
-    if (argc == 2 && std::strcmp(argv[1], module::end_within_a_request) == 0) {
+    if (std::wstring(GetCommandLineW()).ends_with(module::end_within_a_request)) {
         module::end_this_process();
     }
     testing::InitGoogleTest(&argc, argv);

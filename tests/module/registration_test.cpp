@@ -18,7 +18,6 @@ namespace {
 /// Some of what has to be there, with MODULE for the DLL's path.
 constexpr const char* expected[] = {
     R"(HKLM\Software\Classes\AppID\{94606AEB-2398-46B6-9DFC-1072D35058F1} @="Quilldeck")",
-    R"(HKLM\Software\Classes\CLSID\{5FA947B5-650A-4374-8A9A-5EFA4F126834} @="Quilldeck")",
     R"(HKLM\Software\Classes\CLSID\{5FA947B5-650A-4374-8A9A-5EFA4F126834}\InprocServer32 @="MODULE")",
     R"(HKLM\Software\Classes\CLSID\{5FA947B5-650A-4374-8A9A-5EFA4F126834}\ShellFolder "Attributes"=dword:b8c00153)",
     R"(HKLM\Software\Classes\Typelib\{FB02A5A4-B11F-4C9F-AA4C-485D4D03D779}\1.0\0\win64 @="MODULE")",
@@ -40,12 +39,9 @@ registry_lines without_copies(registry_lines lines) {
 
 TEST(registration, is_taken_back_but_for_the_installation_s_id) {
     // Every Windows has it.
-    HKEY approved = nullptr;
-    RegCreateKeyW(HKEY_LOCAL_MACHINE,
-                  LR"(Software\Microsoft\Windows\CurrentVersion\Shell Extensions\Approved)",
-                  &approved);
-    RegSetValueExW(approved, L"Neighbour", 0, REG_SZ, nullptr, 0);
-    RegCloseKey(approved);
+    RegSetKeyValueW(HKEY_LOCAL_MACHINE,
+                    LR"(Software\Microsoft\Windows\CurrentVersion\Shell Extensions\Approved)",
+                    L"Neighbour", REG_SZ, nullptr, 0);
 
     const registry_lines before = support::read_registry();
     ASSERT_EQ(support::run_regsvr32(), 0U);

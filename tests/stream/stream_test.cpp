@@ -1,12 +1,11 @@
 #include "../transfer/store_test.h"
 
 #include "driven_window.h"
-#include "process_census.h"
 
 #include "com/apartment.h"
-#include "com/class_ids.h"
 #include "com/module_lock.h"
 #include "transfer/stream.h"
+#include "utils/module.h"
 
 #include <shlwapi.h>
 
@@ -109,18 +108,10 @@ TEST_F(streams, bring_each_byte_once) {
     EXPECT_EQ(count, 0U);
     EXPECT_TRUE(read_all(*stream.Get(), S_FALSE) == data);
 
-    ComPtr<IUnknown> own;
-    ComPtr<IUnknown> identity;
-    EXPECT_EQ(stream->QueryInterface(com::IID_IStreamImpl, &own), S_OK);
-    EXPECT_EQ(stream->QueryInterface(IID_IUnknown, &identity), S_OK);
-    EXPECT_EQ(own.Get(), identity.Get()) << "the first interface";
-    own.Reset();
-    identity.Reset();
     stream.Reset();
     EXPECT_EQ(asked(), "open_file_download close_file_download");
 
-    EXPECT_EQ(create_stream(folder, IID_PPV_ARGS(&own)), E_NOINTERFACE);
-    EXPECT_EQ(create_stream(find(L"file"), IID_IStorage, &own), E_NOINTERFACE);
+    EXPECT_EQ(create_stream(folder, IID_PPV_ARGS(&stream)), E_NOINTERFACE);
     EXPECT_EQ(com::module_lock::count(), 0);
 }
 
@@ -147,25 +138,16 @@ TEST_F(streams, copy_until_the_end_or_a_failure) {
     EXPECT_TRUE(std::equal(data.begin(), data.end(), copied.begin() + 5'000));
     EXPECT_EQ(copy(nullptr, 5), counts(0x700000007, 0x700000007)) << "nothing was done";
 
-    // A target that takes nothing: a stream of the platform's that may only be read.
+    // A target that takes nothing.
     ComPtr<IStream> read_only;
-    wchar_t path[MAX_PATH];
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    ASSERT_EQ(SHCreateStreamOnFileW(path, STGM_READ | STGM_SHARE_DENY_NONE, &read_only), S_OK);
+    ASSERT_EQ(SHCreateStreamOnFileW(utils::own_module_path().c_str(),
+                                    STGM_READ | STGM_SHARE_DENY_NONE, &read_only),
+              S_OK);
     EXPECT_EQ(copy(read_only.Get(), ~0ULL), counts(4'096, 0));
     control.fault({{"kind", "cut_download"}, {"bytes", "400000"}});
     const auto [read, written] = copy(memory.Get(), ~0ULL);
     EXPECT_EQ(read, written);
     EXPECT_LE(read, 400'000U);
-}
-
-TEST_F(streams, go_on_reading_when_the_user_wants_it) {
-    control.fault({{"kind", "cut_download"}, {"bytes", "400000"}});
-    refuse("open_file_download", 2);
-    prompt.retries = 3;
-    EXPECT_TRUE(read_all(*open().Get(), S_FALSE) == data);
-    EXPECT_EQ(prompt.asked, (decltype(prompt.asked){
-                                {1401, L"Not now"}, {1401, L"Not now"}, {1402, broken_line}}));
 }
 
 TEST_F(streams, keep_failures_in_silence) {
@@ -224,10 +206,6 @@ TEST_F(streams, cannot_be_positioned_and_leave_the_file_to_who_opened_it) {
     ULARGE_INTEGER position{{7, 7}};
     EXPECT_EQ(stream->Seek({{5, 0}}, STREAM_SEEK_SET, &position), E_FAIL);
     EXPECT_EQ(position.QuadPart, 0U);
-    wchar_t name[20];
-    wchar_t description[200];
-    EXPECT_EQ(stream->GetError(name, description, 20, 200), S_OK) << "kept, although not silent";
-    EXPECT_STREQ(description, L"file::seek(): Operation not implemented");
     EXPECT_TRUE(prompt.asked.empty());
 
     // The folder knows one object for one file.
@@ -256,35 +234,18 @@ TEST_F(streams, show_real_boxes) {
     };
     refuse("open_file_download", 1);
     refuse("close_file_download", 9);
-    control.fault({{"kind", "cut_download"}, {"bytes", "100000"}});
+    control.fault({{"kind", "cut_download"}, {"bytes", "400000"}});
     std::thread reader([&] {
         const com::apartment apartment;
         ComPtr<IStream> stream;
         ASSERT_EQ(create_stream(find(L"file"), IID_PPV_ARGS(&stream)), S_OK);
-        read_all(*stream.Get(), E_FAIL);
+        EXPECT_TRUE(read_all(*stream.Get(), S_FALSE) == data) << "gone on where it failed";
     });
     answer(L"Can't open 'file': Not now", IDRETRY);
-    answer(std::wstring(L"Can't read from 'file': ") + broken_line, IDCANCEL);
+    answer(std::wstring(L"Can't read from 'file': ") + broken_line, IDRETRY);
     answer(L"Can't close 'file': Not now", IDRETRY);
     answer(L"Can't close 'file': Not now", IDCANCEL);
     reader.join();
-}
-
-TEST_F(streams, leave_no_handle_or_thread) {
-    const auto use = [this] {
-        char byte = 0;
-        EXPECT_EQ(open()->Read(&byte, 1, nullptr), S_OK);
-    };
-    use();
-    use();
-    const auto before = support::count_process();
-    for (int round = 0; round < 10; ++round) {
-        use();
-    }
-    const auto after = support::count_process();
-    EXPECT_LE(after.threads, before.threads);
-    // Pooled handles may have a connection more or less; a leak would show in each round.
-    EXPECT_LT(after.handles, before.handles + 10);
 }
 
 } // namespace
