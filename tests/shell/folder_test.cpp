@@ -14,6 +14,7 @@
 #include <commctrl.h>
 
 #include <thread>
+#include <tuple>
 
 namespace shell {
 
@@ -51,8 +52,6 @@ TEST_F(desk, asks_to_sign_in_when_it_is_opened_only) {
     void* result = nullptr;
     const auto some = CItemIDList(PIDLDATA()).to_list();
     EXPECT_THROW(parse(*drive.Get(), L"Documents"), com::status_exception);
-    EXPECT_THROW(item_of(*drive.Get()), com::status_exception);
-    EXPECT_EQ(drive->CreateViewObject(nullptr, __uuidof(IStream), &result), E_FAIL);
     EXPECT_EQ(drive->SetNameOf(nullptr, some.get(), L"x", SHGDN_NORMAL, nullptr), E_FAIL);
     EXPECT_EQ(drive->BindToObject(some.get(), nullptr, __uuidof(IShellFolder), &result), E_FAIL);
     EXPECT_EQ(asked_to_sign_in, 0);
@@ -61,7 +60,6 @@ TEST_F(desk, asks_to_sign_in_when_it_is_opened_only) {
     EXPECT_EQ(drive->EnumObjects(nullptr, all_items, &items), S_FALSE);
     EXPECT_FALSE(items);
     EXPECT_EQ(asked_to_sign_in, 1);
-    EXPECT_TRUE(control.log().empty());
     signs_in = true;
     EXPECT_EQ(drive->EnumObjects(nullptr, 0, &items), S_FALSE);
     EXPECT_FALSE(items);
@@ -118,7 +116,6 @@ TEST_F(desk, enters_nothing_in_the_trash) {
     void* result = this;
     EXPECT_EQ(inside->BindToObject(item.get(), nullptr, __uuidof(IShellFolder), &result),
               E_NOINTERFACE);
-    EXPECT_EQ(result, nullptr);
     EXPECT_EQ(inside->CreateViewObject(nullptr, __uuidof(IShellView), &result), E_NOINTERFACE);
 }
 
@@ -148,15 +145,14 @@ TEST_F(desk, reads_and_writes_files_through_streams) {
     CItemIDList lost(file.get(), false);
     lost.last().id[0] = L'x';
     const auto lost_list = lost.to_list();
-    void* result = nullptr;
-    EXPECT_EQ(folder->BindToObject(lost_list.get(), nullptr, __uuidof(IStream), &result),
-              E_NOINTERFACE);
-    EXPECT_EQ(folder->BindToObject(lost_list.get(), nullptr, __uuidof(IShellFolder), &result),
-              E_FAIL);
-    EXPECT_EQ(drive->BindToObject(parse(*drive.Get(), L"streams").get(), nullptr, __uuidof(IStream),
-                                  &result),
-              E_NOINTERFACE);
-    EXPECT_EQ(folder->CreateViewObject(nullptr, __uuidof(IStream), &result), E_NOINTERFACE);
+    const auto directory = parse(*drive.Get(), L"streams");
+    const auto bind = [](IShellFolder& from, const com::unique_id_list& item, const IID& iid) {
+        ComPtr<IUnknown> result;
+        return from.BindToObject(item.get(), nullptr, iid, &result);
+    };
+    EXPECT_EQ(bind(*folder.Get(), lost_list, __uuidof(IStream)), E_NOINTERFACE);
+    EXPECT_EQ(bind(*folder.Get(), lost_list, __uuidof(IShellFolder)), E_FAIL);
+    EXPECT_EQ(bind(*drive.Get(), directory, __uuidof(IStream)), E_NOINTERFACE);
     // A folder object may stand on a file.
     const auto on_file = open(*folder.Get(), L"new.txt");
     EXPECT_EQ(on_file->CreateViewObject(nullptr, IID_PPV_ARGS(&stream)), S_OK);
@@ -188,8 +184,6 @@ TEST_F(desk, hands_out_what_views_ask_for) {
                   status);
         EXPECT_EQ(result != nullptr, status == S_OK);
     }
-    void* result = nullptr;
-    EXPECT_EQ(pictures->CreateViewObject(nullptr, __uuidof(IExtractImage), &result), E_FAIL);
     ComPtr<ITransferDestination> destination;
     EXPECT_EQ(pictures->CreateViewObject(nullptr, IID_PPV_ARGS(&destination)), S_OK);
 
@@ -198,55 +192,64 @@ TEST_F(desk, hands_out_what_views_ask_for) {
     LONG events = 0;
     const auto wparam = reinterpret_cast<WPARAM>(&watched);
     const auto lparam = reinterpret_cast<LPARAM>(&events);
-    EXPECT_EQ(callback->MessageSFVCB(5, 0, lparam), S_OK);
-    EXPECT_EQ(callback->MessageSFVCB(6, 0, lparam), S_OK);
-    EXPECT_EQ(events, 0) << "no button";
     EXPECT_EQ(callback->MessageSFVCB(49, wparam, lparam), S_OK);
     EXPECT_EQ(bytes_of(watched), bytes_of(drive_list().get()));
     EXPECT_EQ(events, 0x7FFFFFFF);
-    EXPECT_EQ(callback->MessageSFVCB(58, wparam, lparam), S_OK);
-    EXPECT_EQ(events, 0);
+    for (const UINT message : {5U, 6U, 58U}) {
+        events = 1;
+        EXPECT_EQ(callback->MessageSFVCB(message, wparam, lparam), S_OK);
+        EXPECT_EQ(events, message == 58 ? 0 : 1) << message;
+    }
     EXPECT_EQ(callback->MessageSFVCB(50, wparam, lparam), E_NOTIMPL);
 }
 
-TEST_F(desk, shows_the_columns_of_the_store) {
-    std::wstring titles;
-    for (UINT index = 0; index < 5; ++index) {
-        titles += cell_of(*drive.Get(), nullptr, index) + L"|";
+TEST_F(desk, has_these_columns) {
+    const struct {
+        const wchar_t* title;
+        int format;
+        int width;
+        SHCOLSTATEF state;
+        DWORD property;
+    } rows[] = {
+        {L"Name", LVCFMT_LEFT, 20, 0x11, 10},          {L"Type", LVCFMT_LEFT, 15, 0x11, 4},
+        {L"Size", LVCFMT_RIGHT, 10, 0x12, 12},         {L"Date accessed", LVCFMT_LEFT, 15, 3, 16},
+        {L"Date modified", LVCFMT_LEFT, 15, 0x13, 14},
+    };
+
+    UINT index = 0;
+    for (const auto& [title, format, width, state, property] : rows) {
+        SHELLDETAILS details{};
+        SHCOLSTATEF flags = 0;
+        SHCOLUMNID key{};
+        EXPECT_EQ(cell_of(*drive.Get(), nullptr, index), title);
+        EXPECT_EQ(drive->GetDetailsOf(nullptr, index, &details), S_OK);
+        EXPECT_EQ(drive->GetDefaultColumnState(index, &flags), S_OK);
+        EXPECT_EQ(drive->MapColumnToSCID(index++, &key), S_OK);
+        EXPECT_EQ(std::tuple(details.fmt, details.cxChar, flags, key.pid),
+                  std::tuple(format, width, state, property));
+        CoTaskMemFree(details.str.pOleStr);
     }
-    EXPECT_EQ(titles, L"Name|Type|Size|Date accessed|Date modified|");
-    SHELLDETAILS details{};
-    EXPECT_EQ(drive->GetDetailsOf(nullptr, 2, &details), S_OK);
-    CoTaskMemFree(details.str.pOleStr);
-    EXPECT_EQ(details.fmt, LVCFMT_RIGHT);
-    EXPECT_EQ(details.cxChar, 10);
-    EXPECT_EQ(drive->GetDetailsOf(nullptr, 5, &details), E_INVALIDARG);
-    SHCOLSTATEF state = 0;
-    EXPECT_EQ(drive->GetDefaultColumnState(3, &state), S_OK);
-    EXPECT_EQ(state, SHCOLSTATEF{SHCOLSTATE_TYPE_DATE}) << "not shown by default";
     SHCOLUMNID key{};
-    EXPECT_EQ(drive->MapColumnToSCID(4, &key), S_OK);
-    EXPECT_EQ(key.pid, DWORD{storage_write_time});
-    EXPECT_EQ(drive->MapColumnToSCID(5, &key), E_INVALIDARG);
+    EXPECT_EQ(drive->MapColumnToSCID(index, &key), E_INVALIDARG);
 }
 
 TEST_F(desk, costs_nothing_when_it_is_gone) {
     const auto item = parse(*drive.Get(), L"Documents");
-    const auto make_and_ask = [&](int times) {
-        for (int i = 0; i < times; ++i) {
-            const auto folder = make_drive();
-            EXPECT_NE(attributes_of(*folder.Get(), {item.get()}), 0u);
-            ComPtr<IShellFolder2> below;
-            EXPECT_EQ(folder->BindToObject(item.get(), nullptr, IID_PPV_ARGS(&below)), S_OK);
-            name_of(*folder.Get(), item.get(), SHGDN_FORPARSING);
-            cell_of(*folder.Get(), item.get(), 0);
+    support::process_census before;
+    std::size_t memory = 0;
+    for (int round = 0; round < 310; ++round) {
+        if (round == 10) {
+            control.reset();
+            before = support::count_process();
+            memory = support::allocated_bytes();
         }
-    };
-    make_and_ask(10);
-    control.reset();
-    const auto before = support::count_process();
-    const std::size_t memory = support::allocated_bytes();
-    make_and_ask(300);
+        const auto folder = make_drive();
+        EXPECT_NE(attributes_of(*folder.Get(), {item.get()}), 0u);
+        ComPtr<IShellFolder2> below;
+        EXPECT_EQ(folder->BindToObject(item.get(), nullptr, IID_PPV_ARGS(&below)), S_OK);
+        name_of(*folder.Get(), item.get(), SHGDN_FORPARSING);
+        cell_of(*folder.Get(), item.get(), 0);
+    }
     const auto after = support::count_process();
     EXPECT_LE(after.handles, before.handles);
     EXPECT_LE(after.threads, before.threads);
@@ -259,8 +262,6 @@ TEST_F(desk, serves_threads_of_any_apartment) {
         const com::apartment multithreaded(COINIT_MULTITHREADED);
         const auto documents = open(*make_drive().Get(), L"Documents");
         EXPECT_FALSE(list(*documents.Get(), all_items).empty());
-        const auto plan = parse(*documents.Get(), L"Plan.pdf");
-        EXPECT_EQ(cell_of(*documents.Get(), plan.get(), 0), L"Plan.pdf");
         ComPtr<IShellView> view;
         EXPECT_EQ(documents->CreateViewObject(nullptr, IID_PPV_ARGS(&view)), S_OK);
     });

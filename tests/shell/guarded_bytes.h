@@ -4,31 +4,28 @@
 #include <windows.h>
 
 #include <cstddef>
-#include <cstring>
+#include <memory>
 #include <string>
 
 /// Bytes behind which no memory is: a read past their end ends the program.
 class guarded_bytes {
 public:
-    explicit guarded_bytes(const std::string& bytes) {
-        constexpr std::size_t page = 4096;
-        const std::size_t size = (bytes.size() + page - 1) / page * page;
-        m_pages = static_cast<char*>(
-            VirtualAlloc(nullptr, size + page, MEM_RESERVE | MEM_COMMIT, PAGE_READWRITE));
+    explicit guarded_bytes(const std::string& bytes)
+        : m_pages(static_cast<char*>(VirtualAlloc(nullptr, 2 * page, MEM_COMMIT, PAGE_READWRITE))),
+          m_begin(m_pages.get() + page - bytes.size()) {
         DWORD old = 0;
-        VirtualProtect(m_pages + size, page, PAGE_NOACCESS, &old);
-        m_begin = m_pages + size - bytes.size();
-        std::memcpy(m_begin, bytes.data(), bytes.size());
+        VirtualProtect(m_pages.get() + page, page, PAGE_NOACCESS, &old);
+        bytes.copy(m_begin, bytes.size());
     }
-
-    guarded_bytes(const guarded_bytes&) = delete;
-    guarded_bytes& operator=(const guarded_bytes&) = delete;
-
-    ~guarded_bytes() { VirtualFree(m_pages, 0, MEM_RELEASE); }
 
     const ITEMIDLIST* as_list() const { return reinterpret_cast<const ITEMIDLIST*>(m_begin); }
 
 private:
-    char* m_pages;
+    struct free_pages {
+        void operator()(char* pages) const { VirtualFree(pages, 0, MEM_RELEASE); }
+    };
+
+    static constexpr std::size_t page = 4096;
+    std::unique_ptr<char, free_pages> m_pages;
     char* m_begin;
 };
