@@ -71,26 +71,17 @@ void use(IShellFolder2& drive) {
     com::check(drive.CreateViewObject(nullptr, IID_PPV_ARGS(&view)));
 }
 
-/// Makes those that belong to an item.
+/// Makes those that belong to the items of the drive, all of them folders.
 void use_items(IShellFolder2& drive) {
     const auto items = list(drive);
     ITEMIDLIST* item = nullptr;
     while (items->Next(1, &item, nullptr) == S_OK) {
         const com::unique_id_list owner(item);
         const ITEMIDLIST* child = item;
-        ULONG attributes = SFGAO_FOLDER;
-        com::check(drive.GetAttributesOf(1, &child, &attributes));
         ComPtr<IUnknown> icon;
         com::check(drive.GetUIObjectOf(nullptr, 1, &child, IID_IExtractIconW, nullptr, &icon));
-        if ((attributes & SFGAO_FOLDER) != 0) {
-            ComPtr<IShellFolder> folder;
-            com::check(drive.BindToObject(child, nullptr, IID_PPV_ARGS(&folder)));
-        } else {
-            ComPtr<IStream> stream;
-            com::check(drive.BindToObject(child, nullptr, IID_PPV_ARGS(&stream)));
-            char byte = 0;
-            com::check(stream->Read(&byte, 1, nullptr));
-        }
+        ComPtr<IShellFolder> folder;
+        com::check(drive.BindToObject(child, nullptr, IID_PPV_ARGS(&folder)));
     }
 }
 
@@ -100,12 +91,17 @@ com::unique_id_list parse(IShellFolder& folder, std::wstring name) {
     return com::unique_id_list(list);
 }
 
-/// Brings in what decodes pictures.
+/// Reads a file, and brings in what decodes pictures.
 void use_picture(IShellFolder& drive) {
     ComPtr<IShellFolder> folder;
     com::check(drive.BindToObject(parse(drive, L"Pictures").get(), nullptr, IID_PPV_ARGS(&folder)));
     const auto picture = parse(*folder.Get(), L"Dusk.jpg");
     const ITEMIDLIST* child = picture.get();
+    ComPtr<IStream> stream;
+    com::check(folder->BindToObject(child, nullptr, IID_PPV_ARGS(&stream)));
+    char byte = 0;
+    com::check(stream->Read(&byte, 1, nullptr));
+    stream.Reset();
     ComPtr<IExtractImage> extractor;
     com::check(folder->GetUIObjectOf(nullptr, 1, &child, IID_IExtractImage, nullptr, &extractor));
     wchar_t path[MAX_PATH];

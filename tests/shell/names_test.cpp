@@ -138,6 +138,7 @@ TEST_F(names, depend_on_the_host) {
         EXPECT_EQ(name_of(*documents.Get(), item.get(), static_cast<SHGDNF>(flags)), below);
     }
     EXPECT_EQ(name_of(*drive.Get(), CItemIDList().to_list().get(), SHGDN_FORPARSING), saved);
+    EXPECT_FALSE(fs::exists(saved + L"Documents"));
     EXPECT_EQ(name_of(*documents.Get(), item.get(), SHGDN_FORPARSING | SHGDN_FORADDRESSBAR),
               desktop_name(SHGDN_FORPARSING | SHGDN_FORADDRESSBAR) + L"\\Documents\\" + below);
     EXPECT_EQ(name_of(*documents.Get(), item.get(), SHGDN_FORPARSING),

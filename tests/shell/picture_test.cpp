@@ -116,16 +116,6 @@ TEST_F(picture, keeps_alpha_and_what_lies_under_it) {
     Gdiplus::Bitmap source(width, height, width * 4, PixelFormat32bppARGB,
                            reinterpret_cast<BYTE*>(bits.data()));
     EXPECT_EQ(argb_of(make_section(source)), pixels);
-
-    // Premultiplied pixels are drawn, and come out as they were before the multiplication.
-    std::vector<std::uint32_t> multiplied(pixels.size(), 0x80800040);
-    multiplied[width * height - 1] = 0x80000080;
-    Gdiplus::Bitmap premultiplied(width, height, width * 4, PixelFormat32bppPARGB,
-                                  reinterpret_cast<BYTE*>(multiplied.data()));
-    const auto drawn = argb_of(make_section(premultiplied));
-    EXPECT_EQ(drawn.front() & 0xFFFFFF00, 0x80FF0000);
-    EXPECT_NEAR(drawn.front() & 0xFF, 0x80, 1);
-    EXPECT_EQ(drawn.back(), 0x800000FF);
 }
 
 } // namespace
