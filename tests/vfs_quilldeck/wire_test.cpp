@@ -1,6 +1,7 @@
 #include "store_test.h"
 #include "vfs_quilldeck/access_items.h"
 #include "vfs_quilldeck/access_root_directory.h"
+#include "vfs_quilldeck/curl_descriptor_cache.h"
 #include "vfs_quilldeck/root_directory.h"
 #include "vfs_quilldeck/session.h"
 #include "vfs_quilldeck/shared_folders_container.h"
@@ -10,6 +11,8 @@
 #include "vfs_quilldeck/users_directory.h"
 
 #include <functional>
+#include <set>
+#include <thread>
 #include <vector>
 
 namespace vfs_quilldeck {
@@ -204,17 +207,14 @@ TEST_F(wire, carries_every_action_with_its_parameters_in_order) {
     shared_file from_share(share, {.id = L"9"}, L"", 0);
     const auto to_access = std::make_shared<access_directory>(
         item_link(session, access_route(L"4")), directory_fields{.id = L"7"});
+    const auto no_folder = std::make_shared<file>(item_link(session), file_fields{}, L"", 0);
     const auto path = "/qd_get_path.php version=1.3.14.1";
     check({
         {[&] { from_share.copy(to_access, false); },
          {"dst_dir_id=7&dst_access_dir_id=4&action=copy_file&src_share_user_id=5&src_share_id=6&"
           "src_file_id=9&move=0&is_pro=0&{id}"}},
         {[&] {
-             EXPECT_EQ(failure_of([&] {
-                           from_share.copy(
-                               std::make_shared<file>(item_link(session), file_fields{}, L"", 0),
-                               true);
-                       }),
+             EXPECT_EQ(failure_of([&] { from_share.copy(no_folder, true); }),
                        L"Copy file failed: Wrong type of destination item");
          },
          {}},
@@ -248,6 +248,34 @@ TEST_F(wire, carries_every_action_with_its_parameters_in_order) {
          {path, "action=restore_session&user_id=1%26&user_id_access=2&user_level=5&"
                 "user_lang={text}"}},
     });
+}
+
+using connection = store_test;
+
+TEST_F(connection, is_one_for_each_of_four_threads_and_kept) {
+    client session = sign_in();
+    const auto request_on_four_threads = [&] {
+        control.reset();
+        // None is answered before all four are on their way.
+        control.fault({{"kind", "delay"}, {"seconds", "0.5"}, {"count", "4"}});
+        std::vector<std::jthread> threads;
+        for (int i = 0; i < 4; ++i) {
+            threads.emplace_back([session]() mutable { session.get_storage_info(); });
+        }
+        threads.clear();
+        const auto usage = request_descriptor_cache.get_usage();
+        EXPECT_EQ(usage.entries, 4u);
+        EXPECT_EQ(usage.locked, 0u);
+        std::set<int> connections;
+        for (const auto& request : control.log()) {
+            connections.insert(request.connection);
+        }
+        EXPECT_EQ(connections.size(), 4u);
+    };
+    request_on_four_threads();
+    const auto first = control.stats()["https_connections"];
+    request_on_four_threads();
+    EXPECT_EQ(control.stats()["https_connections"], first);
 }
 
 } // namespace
