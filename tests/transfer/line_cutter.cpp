@@ -37,7 +37,11 @@ void line_cutter::cut_now() {
 }
 
 void line_cutter::note(curl_off_t bytes) {
-    if (left_ >= 0 && (left_ -= bytes) <= 0) {
+    if (left_ < 0) {
+        return;
+    }
+    left_ -= bytes;
+    if (left_ <= 0) {
         left_ = -1;
         cut_now();
     }
