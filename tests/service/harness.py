@@ -63,8 +63,8 @@ class Service(Store):
 
     def __init__(self, *options: str, folder: Path | None = None) -> None:
         self.folder = folder or Path(tempfile.mkdtemp(prefix="quilldeck-store-"))
-        super().__init__(self.folder / "store", *options)
-        self.data = self.folder / "store" / "data"
+        super().__init__(self.folder, *options)
+        self.data = self.folder / "data"
         self.port = int(self.facts["https_url"].rpartition(":")[2])
         self.ftp_port = int(self.facts["ftp_url"].rpartition(":")[2])
 
@@ -76,16 +76,10 @@ class Service(Store):
 class Client:
     """A session of a user, a guest, or nobody; one connection."""
 
-    def __init__(self, service: Service, user: str = "", password: str = "") -> None:
+    def __init__(self, service: Service) -> None:
         self.service = service
         self.line = http.client.HTTPSConnection("localhost", service.port, context=TLS, timeout=60)
         self.common: dict[str, str] = {}
-        if user:
-            try:
-                self.login(user, password)
-            except Refused:
-                self.line.close()
-                raise
 
     def login(self, user: str, password: str) -> None:
         self._enter(self.ask("login", user=user, **{"pass": password}), user, password)
@@ -163,10 +157,10 @@ class Client:
                  file_time=1234567890, file_size=size)
 
     def get(self, location: str) -> bytes:
-        parts: list[bytes] = []
+        data = io.BytesIO()
         with self.ftp() as line:
-            line.retrbinary(f"RETR {location}", parts.append)
-        return b"".join(parts)
+            line.retrbinary(f"RETR {location}", data.write)
+        return data.getvalue()
 
     def content(self, name: str, dir_id: object = 0) -> bytes:
         return self.get(self.find(name, dir_id)["Location"])
@@ -189,9 +183,12 @@ class ServiceTest(unittest.TestCase):
     def setUpClass(cls) -> None:
         cls.service = shared_service(*cls.options)
 
-    def client(self, user: str = "", password: str | None = None) -> Client:
-        client = Client(self.service, user, user if password is None else password)
+    def client(self, user: str = "", password: str | None = None,
+               service: Service | None = None) -> Client:
+        client = Client(service or self.service)
         self.addCleanup(client.line.close)
+        if user:
+            client.login(user, user if password is None else password)
         return client
 
     def fresh(self, name: str) -> Client:

@@ -5,13 +5,18 @@ import subprocess
 import sys
 import unittest
 
-from .harness import ROOT, Client, Refused, Service, ServiceTest, shared_service
+from .harness import ROOT, Refused, Service, ServiceTest, shared_service
+
+
+def run(program: str, *words: object) -> subprocess.CompletedProcess:
+    return subprocess.run([sys.executable, ROOT / "service" / program, "--data", *map(str, words)],
+                          capture_output=True, text=True, timeout=60)
 
 
 class Process(ServiceTest):
     def test_everything_survives_even_a_kill(self) -> None:
         service = Service()
-        client = Client(service, "demo", "demo")
+        client = self.client("demo", service=service)
         client.put("kept.bin", b"kept" * 1000)
         number, location = client.begin("half.bin", 8)
         client.upload(location, b"half")
@@ -19,15 +24,12 @@ class Process(ServiceTest):
         orphan.write_bytes(b"left by a crash")
         stranger = service.data / "transfer" / "readme"
         stranger.touch()
-        self.assertNotIn(b"demo\0demo", (service.data / "store.sqlite").read_bytes())
-        client.line.close()
         service.process.kill()
         service.process.wait()
 
         again = Service(folder=service.folder)
         self.addCleanup(again.close)
-        common, client = client.common, Client(again)
-        self.addCleanup(client.line.close)
+        common, client = client.common, self.client(service=again)
         client.common = common
         client.restore()
         self.assertEqual(client.content("kept.bin"), b"kept" * 1000)
@@ -41,10 +43,8 @@ class Process(ServiceTest):
     def test_a_taken_port_or_folder_is_said(self) -> None:
         for data, port, words in (("second", self.service.port, f"port {self.service.port}"),
                                   ("data", 0, "Another service")):
-            second = subprocess.run(
-                [sys.executable, str(ROOT / "service/quilldeck_service.py"), "--data",
-                 str(self.service.data.parent / data), "--https-port", str(port), "--ftp-port", "0"],
-                capture_output=True, text=True, timeout=60)
+            second = run("quilldeck_service.py", self.service.folder / data, "--https-port", port,
+                         "--ftp-port", 0)
             self.assertEqual(second.returncode, 1)
             self.assertIn(words, second.stderr)
             self.assertNotIn("Traceback", second.stderr)
@@ -53,8 +53,7 @@ class Process(ServiceTest):
         self.service = shared_service("--no-sign-up")
 
         def admin(*words: str) -> subprocess.CompletedProcess:
-            return subprocess.run([sys.executable, str(ROOT / "service/quilldeck_admin.py"), "--data",
-                                   str(self.service.data), *words], capture_output=True, text=True)
+            return run("quilldeck_admin.py", self.service.data, *words)
         self.assertEqual(admin("add-user", "carl", "--password", "secret").returncode, 0)
         self.assertEqual(admin("add-access", "tunes", "demo", "music", "--password", "la").returncode, 0)
         self.assertIn("no folder", admin("add-access", "t2", "demo", "nowhere").stderr)
