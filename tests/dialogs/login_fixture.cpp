@@ -6,7 +6,8 @@
 #include "vfs_quilldeck/pc_id.h"
 #include "vfs_quilldeck/session_objects.h"
 
-#include <cstdio>
+#include <iomanip>
+#include <sstream>
 
 namespace dialogs {
 
@@ -19,13 +20,12 @@ std::string registry_value(const wchar_t* key, const wchar_t* name) {
     if (RegGetValueW(HKEY_CURRENT_USER, key, name, RRF_RT_ANY, &type, bytes, &size)) {
         return "none\n";
     }
-    std::string text = std::to_string(type) + ":";
+    std::ostringstream text;
+    text << type << ':' << std::hex << std::setfill('0');
     for (DWORD i = 0; i < size; ++i) {
-        char digits[4];
-        std::snprintf(digits, sizeof(digits), " %02x", bytes[i]);
-        text += digits;
+        text << ' ' << std::setw(2) << int{bytes[i]};
     }
-    return text + "\n";
+    return text.str() + "\n";
 }
 
 } // namespace
@@ -46,26 +46,11 @@ void set_flag(const wchar_t* name, DWORD value) {
     RegSetKeyValueW(HKEY_CURRENT_USER, settings_key, name, REG_DWORD, &value, sizeof(value));
 }
 
-void set_credentials(const std::wstring& units, DWORD type) {
-    RegSetKeyValueW(HKEY_CURRENT_USER, credentials_key, L"Data1", type, units.data(),
-                    static_cast<DWORD>(units.size() * sizeof(wchar_t)));
-}
-
-caller::caller()
-    : thread_([this] {
-          utils::named_mutex mutex(vfs_quilldeck::login_mutex_name);
-          answer_ = ensure_logged_in(mutex, nullptr);
-      }) {}
-
-caller::~caller() {
-    if (thread_.joinable()) {
-        thread_.join();
-    }
-}
-
-bool caller::answer() {
-    thread_.join();
-    return answer_;
+std::future<bool> need_store() {
+    return std::async(std::launch::async, [] {
+        utils::named_mutex mutex(vfs_quilldeck::login_mutex_name);
+        return ensure_logged_in(mutex, nullptr);
+    });
 }
 
 login_test::login_test()

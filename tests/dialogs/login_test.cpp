@@ -1,5 +1,6 @@
 #include "login_fixture.h"
 
+#include "dialogs/login_settings.h"
 #include "dialogs/sign_in.h"
 #include "process_census.h"
 #include "resources/dialog_ids.h"
@@ -14,11 +15,14 @@ using support::answer_box;
 using support::await_dialog;
 using support::eventually;
 using support::press;
-using support::text_of;
 using support::type;
 
-std::wstring text_of(HWND dialog, int id) {
-    return text_of(GetDlgItem(dialog, id));
+/// What the dialog shows: the password, and whether the boxes are checked.
+void expect_shown(HWND dialog, const wchar_t* password, bool save_password, bool auto_login) {
+    EXPECT_EQ(support::text_of(GetDlgItem(dialog, IDC_LOGIN_USERNAME)), L"demo");
+    EXPECT_EQ(support::text_of(GetDlgItem(dialog, IDC_LOGIN_PASSWORD)), password);
+    EXPECT_EQ(IsDlgButtonChecked(dialog, IDC_LOGIN_SAVE_PASSWORD), UINT{save_password});
+    EXPECT_EQ(IsDlgButtonChecked(dialog, IDC_LOGIN_AUTO_LOGIN), UINT{auto_login});
 }
 
 /// The box of a refused login; the dialog is usable again when it is gone.
@@ -32,7 +36,7 @@ void expect_refusal(HWND dialog) {
 }
 
 TEST_F(login_test, stores_what_was_typed_and_goes_on_until_it_is_right) {
-    caller user;
+    auto user = need_store();
     const HWND dialog = await_dialog(login_title);
     EXPECT_TRUE(eventually(
         [&] { return support::focus_of(dialog) == GetDlgItem(dialog, IDC_LOGIN_USERNAME); }));
@@ -51,58 +55,56 @@ TEST_F(login_test, stores_what_was_typed_and_goes_on_until_it_is_right) {
     type(dialog, IDC_LOGIN_PASSWORD, L"demo");
     CheckDlgButton(dialog, IDC_LOGIN_SAVE_PASSWORD, BST_UNCHECKED);
     support::press_key(dialog, VK_RETURN);
-    EXPECT_TRUE(user.answer());
+    EXPECT_TRUE(user.get());
     EXPECT_EQ(registry(), values(0, 0, "00 00 00 00"));
     EXPECT_EQ(vfs_quilldeck::get_user_info(nullptr).user_name, L"demo");
-    EXPECT_TRUE(caller().answer());
+    EXPECT_TRUE(need_store().get());
 }
 
-TEST_F(login_test, cancels_and_changes_nothing) {
-    for (const bool by_key : {true, false}) {
-        set_flag(L"SavePass", 1);
-        set_flag(L"AutoLogin", 0);
-        set_credentials(demo_wrong);
-        caller user;
+TEST_F(login_test, cancels_and_leaves_nothing_changed_or_behind) {
+    set_flag(L"SavePass", 1);
+    set_flag(L"AutoLogin", 0);
+    store_credentials(L"demo", L"wrong");
+    support::process_census first;
+    for (int round = 0; round < 11; ++round) {
+        auto user = need_store();
         const HWND dialog = await_dialog(login_title);
-        EXPECT_EQ(text_of(dialog, IDC_LOGIN_USERNAME), L"demo");
-        EXPECT_EQ(text_of(dialog, IDC_LOGIN_PASSWORD), L"wrong");
-        EXPECT_TRUE(IsDlgButtonChecked(dialog, IDC_LOGIN_SAVE_PASSWORD));
-        EXPECT_FALSE(IsDlgButtonChecked(dialog, IDC_LOGIN_AUTO_LOGIN));
+        expect_shown(dialog, L"wrong", true, false);
         type(dialog, IDC_LOGIN_USERNAME, L"somebody");
         CheckDlgButton(dialog, IDC_LOGIN_AUTO_LOGIN, BST_CHECKED);
-        if (by_key) {
+        if (round % 2 == 0) {
             support::press_key(dialog, VK_ESCAPE);
         } else {
             PostMessageW(dialog, WM_CLOSE, 0, 0);
         }
-        EXPECT_FALSE(user.answer());
+        EXPECT_FALSE(user.get());
         EXPECT_EQ(registry(), values(1, 0, demo_wrong_bytes));
+        first = round == 0 ? support::count_process() : first;
     }
+    EXPECT_EQ(support::count_process(), first);
 }
 
 TEST_F(login_test, signs_in_by_itself) {
     set_flag(L"AutoLogin", 1);
-    set_credentials(demo_demo);
-    EXPECT_TRUE(caller().answer());
+    store_credentials(L"demo", L"demo");
+    EXPECT_TRUE(need_store().get());
     EXPECT_FALSE(waiting_was_told());
     EXPECT_EQ(registry(), values(0, 1, demo_demo_bytes));
-    EXPECT_EQ(vfs_quilldeck::get_user_info(nullptr).user_name, L"demo");
 }
 
 TEST_F(login_test, stays_when_it_cannot_sign_in_by_itself) {
     set_flag(L"AutoLogin", 1);
-    set_credentials(demo_wrong);
-    caller user;
+    store_credentials(L"demo", L"wrong");
+    auto user = need_store();
     const HWND box = await_dialog(L"Login failed");
     EXPECT_TRUE(waiting_was_told());
     EXPECT_EQ(support::count_dialogs(login_title), 0);
     expect_refusal(GetWindow(box, GW_OWNER));
     const HWND dialog = await_dialog(login_title);
-    EXPECT_EQ(text_of(dialog, IDC_LOGIN_PASSWORD), L"wrong");
-    EXPECT_TRUE(IsDlgButtonChecked(dialog, IDC_LOGIN_AUTO_LOGIN));
+    expect_shown(dialog, L"wrong", false, true);
     type(dialog, IDC_LOGIN_PASSWORD, L"demo");
     press(dialog, IDOK);
-    EXPECT_TRUE(user.answer());
+    EXPECT_TRUE(user.get());
     EXPECT_EQ(registry(), values(0, 1, demo_demo_bytes));
 }
 
@@ -123,22 +125,6 @@ TEST_F(login_test, asks_once_on_a_thread) {
     EXPECT_TRUE(eventually([] { return nested_answer != -1; }));
     PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
     user.join();
-}
-
-TEST_F(login_test, leaves_nothing_behind) {
-    const auto open_and_cancel = [] {
-        caller user;
-        const HWND dialog = await_dialog(login_title);
-        press(dialog, IDC_LOGIN_SAVE_PASSWORD);
-        PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
-        EXPECT_FALSE(user.answer());
-    };
-    open_and_cancel();
-    const auto before = support::count_process();
-    for (int i = 0; i < 10; ++i) {
-        open_and_cancel();
-    }
-    EXPECT_EQ(support::count_process(), before);
 }
 
 } // namespace

@@ -4,9 +4,8 @@
 #include "second_process.h"
 #include "vfs_quilldeck/session_objects.h"
 
-#include <algorithm>
-#include <atomic>
 #include <mutex>
+#include <set>
 
 namespace dialogs {
 
@@ -31,13 +30,12 @@ protected:
         utils::named_mutex mutex(vfs_quilldeck::login_mutex_name);
         const std::lock_guard guard(mutex);
         for (std::size_t i = 0; i < 2; ++i) {
-            threads_[i] = std::thread([this, i] {
+            answers_[i] = std::async(std::launch::async, [this, i] {
                 try {
-                    answers_[i] = processes_[i].ask("sign in");
+                    return processes_[i].ask("sign in");
                 } catch (const std::exception&) {
-                    answers_[i] = "ended";
+                    return std::string("ended");
                 }
-                ++answered_;
             });
             WaitForSingleObject(ready_.get(), INFINITE);
         }
@@ -46,21 +44,20 @@ protected:
 
     /// The answers in alphabetical order.
     std::string answers() {
-        support::eventually([&] { return answered_ == 2; });
+        std::set<std::string> answers;
         for (std::size_t i = 0; i < 2; ++i) {
-            processes_[i].kill();
-            threads_[i].join();
+            if (answers_[i].wait_for(std::chrono::seconds(20)) != std::future_status::ready) {
+                processes_[i].kill();
+            }
+            answers.insert(answers_[i].get());
         }
-        std::sort(std::begin(answers_), std::end(answers_));
-        return answers_[0] + ", " + answers_[1];
+        return *answers.begin() + ", " + *answers.rbegin();
     }
 
 private:
     utils::unique_handle ready_{CreateSemaphoreW(nullptr, 0, 2, ready_semaphore_name)};
     support::second_process processes_[2];
-    std::string answers_[2];
-    std::atomic<int> answered_ = 0;
-    std::thread threads_[2];
+    std::future<std::string> answers_[2];
 };
 
 TEST_F(one_dialog, serves_two_processes) {

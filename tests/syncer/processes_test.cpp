@@ -7,12 +7,12 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
-#include <atomic>
+#include <chrono>
+#include <future>
+#include <iterator>
+#include <set>
 #include <sstream>
 #include <stdexcept>
-#include <thread>
 #include <vector>
 
 namespace syncer {
@@ -42,13 +42,8 @@ std::string hammer(const std::wstring& user_name, const std::string& process) {
     std::string names;
     for (int round = 0; round < rounds; ++round) {
         const binding some = binding_of(process, round);
-        std::wstring name;
-        {
-            binding_manager manager(user_name, true);
-            manager.add_binding(some);
-            manager.save();
-            name = manager.get_bindings().find(some)->items_filename;
-        }
+        binding_manager(user_name, true).add_binding(some);
+        const std::wstring name = find(user_name, some).items_filename;
         manager::force_sync(user_name, some, true);
         const binding forced = find(user_name, some);
         if (!forced.force_sync_once || forced.items_filename != name) {
@@ -79,42 +74,31 @@ void read_without_mutex(const std::filesystem::path& path) {
 TEST(bindings, of_two_processes_are_neither_lost_nor_numbered_twice) {
     const test_user user;
     manager::force_sync(user.name(), binding(), true);
-    const std::array<std::string, 2> processes{"first", "second"};
-    std::array<std::string, 2> answers;
-    std::atomic<int> running = 2;
-    std::vector<std::thread> threads;
-    for (std::size_t i = 0; i < 2; ++i) {
-        threads.emplace_back([&, i] {
-            try {
-                answers[i] = support::second_process().ask("hammer " + processes[i]);
-            } catch (const std::exception& failure) {
-                answers[i] = failure.what();
-            }
-            --running;
+    const auto start = [](const char* process) {
+        return std::async(std::launch::async, [process] {
+            return support::second_process().ask(std::string("hammer ") + process);
         });
-    }
-    while (running > 0 && !testing::Test::HasFailure()) {
-        read_without_mutex(user.file());
-        // One look for each turn with the mutex, or the file would never be free to be replaced.
-        manager::get_bindings(user.name());
-    }
-    for (std::thread& each : threads) {
-        each.join();
+    };
+    auto first = start("first");
+    auto second = start("second");
+    for (auto* const running : {&first, &second}) {
+        while (running->wait_for(std::chrono::seconds(0)) != std::future_status::ready &&
+               !testing::Test::HasFailure()) {
+            read_without_mutex(user.file());
+            // One look for each turn with the mutex, or the file would never be free to be
+            // replaced.
+            manager::get_bindings(user.name());
+        }
     }
 
-    std::vector<std::string> names;
-    std::istringstream all(answers[0] + answers[1]);
-    for (std::string name; all >> name;) {
-        names.push_back(name);
-    }
-    std::vector<std::string> expected;
+    std::istringstream answers(first.get() + second.get());
+    std::multiset<std::string> names(std::istream_iterator<std::string>(answers), {});
+    std::multiset<std::string> expected;
     for (int number = 0; number < 2 * rounds; ++number) {
-        expected.push_back("sync_rules_" + std::to_string(number) + ".xml");
+        expected.insert("sync_rules_" + std::to_string(number) + ".xml");
     }
-    std::ranges::sort(names);
-    std::ranges::sort(expected);
     EXPECT_EQ(names, expected);
-    for (const std::string& process : processes) {
+    for (const auto* process : {"first", "second"}) {
         for (int round = 0; round < rounds; round += kept_each) {
             EXPECT_TRUE(find(user.name(), binding_of(process, round)).force_sync_once);
         }
