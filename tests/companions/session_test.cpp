@@ -35,12 +35,9 @@ bool session_runs() {
     return ensure_session(nullptr, false);
 }
 
-bool nobody_is_signed_in() {
-    return read_shared_user_info(nullptr) == vfs::user_info{};
-}
-
 /// Whether `size` bytes of the mapping can be mapped, and all are zero.
-bool is_zero(const unique_handle& mapping, std::size_t size) {
+bool is_zero(const wchar_t* name, std::size_t size) {
+    const unique_handle mapping = open_mapping(name);
     const utils::unique_view view(MapViewOfFile(mapping.get(), FILE_MAP_ALL_ACCESS, 0, 0, size));
     const auto* const bytes = static_cast<const char*>(view.get());
     return bytes && std::count(bytes, bytes + size, 0) == static_cast<std::ptrdiff_t>(size);
@@ -68,9 +65,9 @@ protected:
 };
 
 TEST_F(session, owns_the_shared_objects_once_while_it_runs) {
-    EXPECT_TRUE(is_zero(open_mapping(identity_mapping_name), identity_view_size));
-    EXPECT_TRUE(is_zero(open_mapping(save_as_mapping_name), save_as_view_size));
-    EXPECT_FALSE(is_zero(open_mapping(save_as_mapping_name), save_as_view_size + 1));
+    EXPECT_TRUE(is_zero(identity_mapping_name, identity_view_size));
+    EXPECT_TRUE(is_zero(save_as_mapping_name, save_as_view_size));
+    EXPECT_FALSE(is_zero(save_as_mapping_name, save_as_view_size + 1));
     EXPECT_TRUE(open_mutex(transfer_mutex_name));
     EXPECT_TRUE(unique_handle(OpenEventW(EVENT_MODIFY_STATE, FALSE, login_dialog_event_name)));
     write_shared_user_info(nullptr, anna);
@@ -95,14 +92,11 @@ TEST_F(session, signs_off_when_it_gets_the_mutex_and_hears_messages_until_then) 
     companions::request_sign_off();
     // Both answers come from its loop, so that it has the request by the second one.
     for (int i = 0; i < 2; ++i) {
-        DWORD_PTR answer = 0;
-        EXPECT_TRUE(
-            SendMessageTimeoutW(window(), WM_QUERYENDSESSION, 0, 0, SMTO_NORMAL, 10'000, &answer));
-        EXPECT_EQ(answer, DWORD_PTR{TRUE});
+        EXPECT_EQ(SendMessageW(window(), WM_QUERYENDSESSION, 0, 0), LRESULT{TRUE});
     }
     EXPECT_EQ(unpack(*static_cast<const shared_user_info*>(view.get())), anna);
     holder.kill(); // the mutex is abandoned
-    EXPECT_TRUE(eventually(nobody_is_signed_in));
+    EXPECT_TRUE(eventually([] { return read_shared_user_info(nullptr) == vfs::user_info{}; }));
 }
 
 TEST_F(session, ends_with_the_logon_session_even_when_the_mutex_is_stuck) {
@@ -121,7 +115,7 @@ TEST_F(session, starts_with_nobody_signed_in_after_one_that_died) {
     const unique_handle mapping = open_mapping(identity_mapping_name);
     process_->kill();
     EXPECT_TRUE(eventually([] { return !session_runs(); }));
-    EXPECT_TRUE(nobody_is_signed_in()); // the question starts the next one
+    EXPECT_EQ(read_shared_user_info(nullptr), vfs::user_info{}); // this starts the next one
     EXPECT_EQ(ask_to_exit(session_program), 0u);
 }
 

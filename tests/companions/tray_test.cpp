@@ -23,7 +23,7 @@ constexpr auto menu_class = L"#32768";
 constexpr auto dialog_class = L"#32770";
 const vfs::user_info anna{L"1", L"2", L"anna", L"en", L"0"};
 
-/// The orders that the taskbar below got, and the bytes of the last one that carried a tip.
+/// The orders that the taskbar got, and the bytes of the last one that carried a tip.
 std::vector<ULONG_PTR> orders;
 std::string last_tip;
 

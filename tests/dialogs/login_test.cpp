@@ -98,7 +98,7 @@ TEST_F(login_test, stays_when_it_cannot_sign_in_by_itself) {
     auto user = need_store();
     const HWND box = await_dialog(L"Login failed");
     EXPECT_TRUE(waiting_was_told());
-    EXPECT_EQ(support::count_dialogs(login_title), 0);
+    EXPECT_EQ(support::find_dialog(login_title), nullptr);
     expect_refusal(GetWindow(box, GW_OWNER));
     const HWND dialog = await_dialog(login_title);
     expect_shown(dialog, L"wrong", false, true);

@@ -50,6 +50,11 @@ struct caught<Slot> {
     }
 };
 
+template <auto... Slots>
+void install() {
+    (caught<Slots>::install(), ...);
+}
+
 } // namespace
 
 // The slots, as the import libraries name them.
@@ -67,13 +72,8 @@ namespace support {
 
 void arm_file_calls(int number, mishap what) {
     static const bool installed = [] {
-        caught<&__imp_CreateFileW>::install();
-        caught<&__imp_WriteFile>::install();
-        caught<&__imp_FlushFileBuffers>::install();
-        caught<&__imp_DeleteFileW>::install();
-        caught<&__imp_CreateHardLinkW>::install();
-        caught<&__imp_MoveFileExW>::install();
-        caught<&__imp_CreateDirectoryW>::install();
+        install<&__imp_CreateFileW, &__imp_WriteFile, &__imp_FlushFileBuffers, &__imp_DeleteFileW,
+                &__imp_CreateHardLinkW, &__imp_MoveFileExW, &__imp_CreateDirectoryW>();
         return true;
     }();
     static_cast<void>(installed);

@@ -10,15 +10,6 @@
 
 namespace support {
 
-/// Runs `visit` on every child at any depth, until it answers false.
-template <class Visit>
-void for_each_child(HWND window, Visit visit) {
-    EnumChildWindows(
-        window,
-        [](HWND child, LPARAM data) -> BOOL { return (*reinterpret_cast<Visit*>(data))(child); },
-        reinterpret_cast<LPARAM>(&visit));
-}
-
 inline std::wstring text_of(HWND window) {
     std::wstring text(1024, L'\0');
     text.resize(static_cast<std::size_t>(
@@ -26,56 +17,32 @@ inline std::wstring text_of(HWND window) {
     return text;
 }
 
-inline std::wstring class_of(HWND window) {
-    wchar_t name[64]{};
-    GetClassNameW(window, name, 64);
-    return name;
-}
-
-/// How many dialogs with this title the user sees.
-inline int count_dialogs(const wchar_t* title) {
-    int count = 0;
-    for (HWND each = nullptr; (each = FindWindowExW(nullptr, each, L"#32770", title));) {
-        count += IsWindowVisible(each);
+/// The dialog with this title that the user sees, or null.
+inline HWND find_dialog(const wchar_t* title) {
+    HWND each = nullptr;
+    while ((each = FindWindowExW(nullptr, each, L"#32770", title)) && !IsWindowVisible(each)) {
     }
-    return count;
+    return each;
 }
 
-/// The dialog with this title, once the user sees it; null when it does not come.
+/// The same once it is there; null when it does not come.
 inline HWND await_dialog(const wchar_t* title) {
     HWND found = nullptr;
-    eventually([&] {
-        for (HWND each = nullptr; (each = FindWindowExW(nullptr, each, L"#32770", title));) {
-            if (IsWindowVisible(each)) {
-                found = each;
-            }
-        }
-        return found != nullptr;
-    });
+    eventually([&] { return (found = find_dialog(title)) != nullptr; });
     return found;
 }
 
 /// The text of a message box.
 inline std::wstring message_of(HWND box) {
-    std::wstring message;
-    for_each_child(box, [&](HWND child) {
-        if (class_of(child) == L"Static" && !text_of(child).empty()) {
-            message = text_of(child);
-        }
-        return true;
-    });
-    return message;
+    return text_of(GetDlgItem(box, 0xFFFF));
 }
 
 /// The icon of a message box; null without one.
 inline HICON icon_of(HWND box) {
     HICON icon = nullptr;
-    for_each_child(box, [&](HWND child) {
-        if (class_of(child) == L"Static" && !icon) {
-            icon = reinterpret_cast<HICON>(SendMessageW(child, STM_GETICON, 0, 0));
-        }
-        return true;
-    });
+    for (HWND each = nullptr; !icon && (each = FindWindowExW(box, each, L"Static", nullptr));) {
+        icon = reinterpret_cast<HICON>(SendMessageW(each, STM_GETICON, 0, 0));
+    }
     return icon;
 }
 

@@ -17,13 +17,10 @@ std::size_t collect(char* data, std::size_t size, std::size_t count, void* text)
 
 std::string unescape(const std::string& text) {
     std::string out;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '\\' || i + 1 == text.size()) {
-            out.push_back(text[i]);
-            continue;
-        }
-        ++i;
-        out.push_back(text[i] == 'n' ? '\n' : text[i] == 'r' ? '\r' : text[i]);
+    for (auto at = text.begin(); at != text.end(); ++at) {
+        const bool escaped = *at == '\\' && at + 1 != text.end();
+        at += escaped;
+        out.push_back(escaped && *at == 'n' ? '\n' : escaped && *at == 'r' ? '\r' : *at);
     }
     return out;
 }
@@ -57,16 +54,12 @@ void store_control::reset() {
 std::vector<logged_request> store_control::log() {
     std::vector<logged_request> requests;
     std::istringstream lines(exchange("/_control/log", nullptr));
-    std::string line;
-    while (std::getline(lines, line)) {
-        std::istringstream fields(line);
-        std::string number;
-        logged_request request;
-        fields >> number >> request.connection >> request.path;
-        fields.get();
-        std::getline(fields, request.body);
+    int number = 0;
+    for (logged_request request; lines >> number >> request.connection >> request.path;) {
+        lines.get();
+        std::getline(lines, request.body);
         request.body = unescape(request.body);
-        requests.push_back(std::move(request));
+        requests.push_back(request);
     }
     return requests;
 }

@@ -2,7 +2,6 @@
 from __future__ import annotations
 
 import contextlib
-import contextlib
 import io
 import json
 import os
@@ -50,19 +49,16 @@ class Folder(unittest.TestCase):
 
 class Lint(Folder):
     def test_layers(self) -> None:
-        self.write("src/vfs/item.h", "#include <string>\n")
-        self.write("src/utils/a.cpp", '#include "utils/b.h"\n#include <shlobj.h>\n')
-        self.write("src/serializer/a.cpp", '#include "utils/a.h"\n')
-        self.write("src/shell/b.cpp", '#include "com/guard.h"\n#include <objbase.h>\n')
-        check = (sys.executable, BUILD / "layers.py", self.folder)
-        self.assertEqual((0, ""), (run(*check).returncode, run(*check).stdout))
-
+        for name, text in (("utils/a.cpp", '#include "utils/b.h"\n#include <shlobj.h>\n'),
+                           ("serializer/a.cpp", '#include "utils/a.h"\n'),
+                           ("shell/b.cpp", '#include "com/guard.h"\n#include <objbase.h>\n')):
+            self.write(f"src/{name}", text)
         faults = {"src/vfs/side.h": '#include "utils/a.h"', "src/utils/up.h": '#include "serializer/a.h"',
                   "src/transfer/side.h": '#include "shell/b.h"', "src/syncer/com.h": "#include <ole2.h>",
                   "src/ui/bare.h": '#include "bare2.h"', "src/other/new.h": ""}
         for name, line in faults.items():
             self.write(name, line + "\n")
-        result = run(*check)
+        result = run(sys.executable, BUILD / "layers.py", self.folder)
         self.assertEqual(1, result.returncode)
         self.assertEqual(len(faults), len(result.stdout.splitlines()), result.stdout)
         for name in faults:
@@ -74,16 +70,14 @@ class Lint(Folder):
         inner = self.write("src/a/b.h", "int b;\n")
         settings = self.write(".clang-tidy", "Checks: x\n")
         other = self.write("src/a/other.h", "int other;\n")
-        root, tidy.ROOT = tidy.ROOT, self.folder
-        self.addCleanup(setattr, tidy, "ROOT", root)
-        keys = [tidy.key(source, "g++", "19")]
-        other.write_text("int changed;\n")
-        self.assertEqual(keys[0], tidy.key(source, "g++", "19"))
-        inner.write_text("long b;\n")
-        keys.append(tidy.key(source, "g++", "19"))
-        settings.write_text("Checks: y\n")
-        keys += [tidy.key(source, "g++", "19"), tidy.key(source, "g++ -O2", "19"),
-                 tidy.key(source, "g++", "20")]
+        with mock.patch.object(tidy, "ROOT", self.folder):
+            keys = [tidy.key(source, "g++", "19")]
+            other.write_text("int changed;\n")
+            self.assertEqual(keys[0], tidy.key(source, "g++", "19"))
+            for changed in (inner, settings):
+                changed.write_text("changed\n")
+                keys.append(tidy.key(source, "g++", "19"))
+            keys += [tidy.key(source, "g++ -O2", "19"), tidy.key(source, "g++", "20")]
         self.assertEqual(5, len(set(keys)))
 
     def test_what_compiles_for_64_bits_only_is_a_fault(self) -> None:
@@ -92,10 +86,9 @@ class Lint(Folder):
         command = f"ccache x86_64-w64-mingw32-g++-posix -MD -MT a.obj -MF a.d -o a.obj -c {source}"
         self.write("compile_commands.json", json.dumps(
             [{"file": str(source), "directory": str(self.folder), "command": command}]))
-        root, tidy.ROOT = tidy.ROOT, self.folder
-        self.addCleanup(setattr, tidy, "ROOT", root)
         arguments = ["compile32.py", "--cache", str(self.folder / "cache"), str(self.folder)]
-        with mock.patch.object(sys, "argv", arguments), contextlib.redirect_stdout(io.StringIO()):
+        with mock.patch.object(sys, "argv", arguments), mock.patch.object(tidy, "ROOT", self.folder), \
+                contextlib.redirect_stdout(io.StringIO()):
             self.assertEqual(1, compile32.main())
             source.write_text("static_assert(sizeof(void*) == 4);\n")
             self.assertEqual(0, compile32.main())
@@ -103,9 +96,6 @@ class Lint(Folder):
 
 
 class Wine(Folder):
-    def prefixes(self, owner: int) -> list[Path]:
-        return list((CACHE / "prefixes").glob(f"{owner}.*"))
-
     def processes(self, variable: bytes) -> list[tuple[int, bytes]]:
         """Those with a variable in their environment, with their command lines."""
         found = []
@@ -142,19 +132,19 @@ class Wine(Folder):
             mark.unlink(missing_ok=True)
             ended = self.start(f"echo x> Z:{mark} & for /l %i in (1,0,2) do rem")
             self.wait_for(mark.exists)
-            prefix = f"WINEPREFIX={self.prefixes(ended.pid)[0]}".encode()
+            prefix, = (CACHE / "prefixes").glob(f"{ended.pid}.*")
+            variable = f"WINEPREFIX={prefix}".encode()
             if number:
                 ended.send_signal(number)
             else:
-                server, = [pid for pid, command in self.processes(prefix)
+                server, = [pid for pid, command in self.processes(variable)
                            if b"wineserver64\0-p\0" in command]
                 os.kill(server, signal.SIGKILL)
             self.assertEqual(code, ended.wait(60))
-            left = self.prefixes(ended.pid)
-            self.assertEqual(number == signal.SIGKILL, bool(left))
-            self.assertTrue(left or not self.processes(prefix))
+            self.assertEqual(number == signal.SIGKILL, prefix.exists())
+            self.assertTrue(prefix.exists() or not self.processes(variable))
         self.assertEqual(0, self.start("exit 0").wait(60))
-        self.assertFalse(left[0].exists())
+        self.assertFalse(prefix.exists())
 
 
 class Service(unittest.TestCase):

@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
+#include <future>
 #include <memory>
-#include <thread>
+#include <mutex>
 
 namespace utils {
 
@@ -14,53 +14,49 @@ namespace {
 
 const std::wstring name = L"Local\\utils_test \u00E4";
 
-std::string failure_of(const std::function<void()>& operation) {
+void expect_failure(const std::function<void()>& operation, const std::string& where,
+                    const std::string& what) {
     try {
         operation();
+        ADD_FAILURE() << where << " did not fail";
     } catch (const system_error_exception& failure) {
-        return failure.what();
+        const std::string text = failure.what();
+        EXPECT_TRUE(text.find(where) < text.find(what) && text.find(what) < text.size()) << text;
     }
-    return "none";
 }
 
-TEST(named_mutex, excludes_another_process_until_it_lets_go) {
-    const support::second_process other;
-    ASSERT_EQ(other.ask("lock"), "ok");
-    std::atomic<bool> locked = false;
-    std::thread waiting([&locked] {
-        named_mutex mutex(name);
-        const std::lock_guard guard(mutex);
-        locked = true;
-    });
-    Sleep(100);
-    EXPECT_FALSE(locked);
-    EXPECT_EQ(other.ask("unlock"), "ok");
-    waiting.join();
-    EXPECT_EQ(other.ask("lock"), "ok");
+TEST(named_mutex, excludes_another_process_until_it_lets_go_or_dies) {
+    for (const bool dies : {false, true}) {
+        const support::second_process other;
+        ASSERT_EQ(other.ask("lock"), "ok");
+        auto waiting = std::async(std::launch::async, [] {
+            named_mutex mutex(name);
+            const std::scoped_lock guard(mutex);
+        });
+        EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+        if (dies) {
+            other.kill();
+        } else {
+            EXPECT_EQ(other.ask("unlock"), "ok");
+        }
+        waiting.get();
+    }
 }
 
-TEST(named_mutex, is_free_again_when_its_owner_has_died) {
-    const support::second_process other;
-    ASSERT_EQ(other.ask("lock"), "ok");
+TEST(named_mutex, is_unlocked_as_often_as_it_was_locked) {
     named_mutex mutex(name);
-    other.kill();
     mutex.lock();
     mutex.lock();
     mutex.unlock();
     mutex.unlock();
-    const std::string text = failure_of([&mutex] { mutex.unlock(); });
-    EXPECT_NE(text.find("named_mutex::unlock()"), std::string::npos) << text;
-    EXPECT_NE(text.find(": ::ReleaseMutex(m_win_mutex) call returned error: "), std::string::npos)
-        << text;
+    expect_failure([&] { mutex.unlock(); }, "named_mutex::unlock()",
+                   ": ::ReleaseMutex(m_win_mutex) call returned error: ");
 }
 
 TEST(named_mutex, tells_that_the_name_is_of_something_else) {
     const unique_handle event(CreateEventW(nullptr, FALSE, FALSE, L"Local\\utils_test event"));
-    const std::string text = failure_of([] { named_mutex mutex(L"Local\\utils_test event"); });
-    EXPECT_NE(text.find(": ::CreateMutexW(NULL, FALSE, name) call returned error: "),
-              std::string::npos)
-        << text;
-    EXPECT_NE(text.find("named_mutex("), std::string::npos) << text;
+    expect_failure([] { named_mutex mutex(L"Local\\utils_test event"); }, "named_mutex(",
+                   ": ::CreateMutexW(NULL, FALSE, name) call returned error: ");
 }
 
 } // namespace

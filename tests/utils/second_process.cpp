@@ -1,14 +1,13 @@
 #include "second_process.h"
 
-#include <array>
+#include "utils/module.h"
+
 #include <cstring>
 #include <stdexcept>
 
 namespace support {
 
 namespace {
-
-constexpr auto argument = "--second-process";
 
 std::string read_line(HANDLE from) {
     std::string line;
@@ -34,27 +33,18 @@ void write_line(HANDLE to, const std::string& line) {
 /// The end of a new pipe that this process keeps; the other one goes to `theirs`.
 utils::unique_handle make_pipe(bool we_write, utils::unique_handle& theirs) {
     SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-    utils::unique_handle read;
-    utils::unique_handle write;
-    CreatePipe(read.put(), write.put(), &inherited, 0);
-    utils::unique_handle& ours = we_write ? write : read;
+    utils::unique_handle ours;
+    CreatePipe((we_write ? theirs : ours).put(), (we_write ? ours : theirs).put(), &inherited, 0);
     SetHandleInformation(ours.get(), HANDLE_FLAG_INHERIT, 0);
-    theirs = std::move(we_write ? read : write);
-    return std::move(ours);
-}
-
-std::wstring own_path() {
-    std::array<wchar_t, MAX_PATH> path{};
-    GetModuleFileNameW(nullptr, path.data(), MAX_PATH);
-    return path.data();
+    return ours;
 }
 
 } // namespace
 
-second_process::second_process() : second_process(own_path()) {}
+second_process::second_process() : second_process(utils::own_module_path()) {}
 
 second_process::second_process(const std::wstring& path) {
-    std::wstring command = L"second " + std::wstring(argument, argument + std::strlen(argument));
+    std::wstring command = L"second --second-process";
     utils::unique_handle its_input;
     utils::unique_handle its_output;
     to_ = make_pipe(true, its_input);
@@ -90,7 +80,7 @@ void second_process::kill() const {
 
 void serve_if_second(int argc, char** argv,
                      const std::function<std::string(const std::string&)>& answer) {
-    if (argc != 2 || std::strcmp(argv[1], argument) != 0) {
+    if (argc != 2 || std::strcmp(argv[1], "--second-process") != 0) {
         return;
     }
     try {
