@@ -96,14 +96,14 @@ class Client:
         data = Node.parse(b"<Result>" + plain.rstrip(b"\0") + b"</Result>")
         self.user, self.password = data["User"], data["Pass"]
 
-    def raw(self, path: str, body: bytes) -> bytes:
+    def raw(self, path: str, body: bytes) -> Node:
         self.line.request("POST", "/v1" + path, body)
-        return self.line.getresponse().read()
+        return Node.parse(self.line.getresponse().read())
 
     def post(self, path: str, /, **params: object) -> Node:
         body = "&".join(f"{key}={quote(str(value), safe='', errors='surrogatepass')}"
                         for key, value in params.items())
-        reply = Node.parse(self.raw(path, body.encode()))
+        reply = self.raw(path, body.encode())
         if reply.all("Error"):
             raise Refused(reply.all("Error")[0])
         return reply

@@ -4,6 +4,7 @@
 
 #include <tlhelp32.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <stdexcept>
 #include <vector>
@@ -49,12 +50,10 @@ std::size_t count_handles() {
         throw std::runtime_error("the handles cannot be counted");
     }
     const auto* const list = reinterpret_cast<const handle_list*>(room.data());
-    std::size_t count = 0;
-    for (const handle_record* record = list->records; record != list->records + list->count;
-         ++record) {
-        count += record->process == GetCurrentProcessId() ? 1U : 0U;
-    }
-    return count;
+    return static_cast<std::size_t>(
+        std::count_if(list->records, list->records + list->count, [](const handle_record& record) {
+            return record.process == GetCurrentProcessId();
+        }));
 }
 
 std::size_t count_threads() {

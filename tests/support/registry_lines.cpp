@@ -5,7 +5,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -15,15 +14,9 @@ namespace support {
 
 namespace {
 
-void require(bool done, const char* what) {
-    if (!done) {
-        throw std::runtime_error(what);
-    }
-}
-
 void allow_saving() {
     utils::unique_handle token;
-    require(OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES, token.put()), "token");
+    OpenProcessToken(GetCurrentProcess(), TOKEN_ADJUST_PRIVILEGES, token.put());
     TOKEN_PRIVILEGES privilege{};
     privilege.PrivilegeCount = 1;
     privilege.Privileges[0].Attributes = SE_PRIVILEGE_ENABLED;
@@ -81,10 +74,12 @@ void add_lines(registry_lines& lines, std::istream& file, const std::string& roo
 
 void add_hive(registry_lines& lines, HKEY hive, const std::string& name) {
     utils::unique_registry_key key;
-    require(RegOpenKeyExW(hive, L"Software", 0, KEY_READ, key.put()) == ERROR_SUCCESS, "open");
+    RegOpenKeyExW(hive, L"Software", 0, KEY_READ, key.put());
     const auto path = std::filesystem::temp_directory_path() / "saved_hive";
     std::filesystem::remove(path);
-    require(RegSaveKeyW(key.get(), path.c_str(), nullptr) == ERROR_SUCCESS, "save");
+    if (RegSaveKeyW(key.get(), path.c_str(), nullptr) != ERROR_SUCCESS) {
+        throw std::runtime_error(name + " cannot be read");
+    }
     std::ifstream file(path);
     add_lines(lines, file, name + "\\Software");
 }

@@ -20,8 +20,7 @@ public:
 
     std::function<void()> init = [] {
     };
-    std::function<void()> command = [] {
-    };
+    std::function<void()> command;
     using dialog::end;
 
 protected:
@@ -38,13 +37,8 @@ protected:
     }
 
     std::optional<LRESULT> on_message(UINT message, WPARAM wparam, LPARAM lparam) override {
-        if (message == WM_APP) {
-            return static_cast<LRESULT>(wparam) + lparam;
-        }
-        if (message == WM_CTLCOLOREDIT) {
-            return reinterpret_cast<LRESULT>(GetStockObject(BLACK_BRUSH));
-        }
-        return std::nullopt;
+        const bool ours = message == WM_APP || message == WM_CTLCOLOREDIT;
+        return ours ? std::optional(static_cast<LRESULT>(wparam) + lparam) : std::nullopt;
     }
 };
 
@@ -62,9 +56,10 @@ TEST(dialog, keeps_failures_inside) {
     EXPECT_EQ(support::message_of(box), L"a handler's");
     EXPECT_TRUE(support::answer_box(box, IDOK));
     EXPECT_TRUE(support::eventually([&] { return IsWindowEnabled(window); }));
-    EXPECT_EQ(SendMessageW(window, WM_APP, 40, 2), 42);
-    EXPECT_EQ(SendMessageW(window, WM_CTLCOLOREDIT, 0, 0),
-              reinterpret_cast<LRESULT>(GetStockObject(BLACK_BRUSH)));
+    // An ordinary message, and one whose answer is not told as that of others.
+    for (const UINT message : {UINT{WM_APP}, UINT{WM_CTLCOLOREDIT}}) {
+        EXPECT_EQ(SendMessageW(window, message, 40, 2), 42);
+    }
     shown.command = [&] {
         shown.end(1234);
     };
@@ -84,9 +79,7 @@ TEST(dialog, keeps_failures_inside) {
     EXPECT_THROW(shown.create(nullptr), std::out_of_range);
     EXPECT_FALSE(IsWindow(made));
     EXPECT_EQ(shown.handle(), nullptr);
-    dialog unknown(9);
-    EXPECT_THROW(unknown.do_modal(nullptr), std::exception);
-    EXPECT_THROW(unknown.create(nullptr), std::exception);
+    EXPECT_THROW(dialog(9).do_modal(nullptr), std::exception);
 }
 
 } // namespace

@@ -26,7 +26,6 @@ TEST(load_string, gives_texts_and_fills_them) {
     EXPECT_EQ(load_string(IDS_STREAM_OPEN_FAILED, {L"50 %s.txt", L"no %1% way"}),
               L"Can't open '50 %s.txt': no %1% way");
     EXPECT_THROW(load_string(IDS_STREAM_OPEN_FAILED, {L"one"}), std::exception);
-    EXPECT_THROW(load_string(IDS_NEW_PROFILE_CREATED, {L"one"}), std::exception);
     EXPECT_THROW(load_string(9), std::exception);
 }
 
