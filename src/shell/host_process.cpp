@@ -25,8 +25,12 @@ constexpr program programs[] = {
 } // namespace
 
 process_kind get_process_kind(DWORD process_id) noexcept {
+    // The shell asks for each item, and reading the own memory by a handle is slow. The platform's
+    // name for the own process is no handle, so that closing it does nothing.
     const utils::unique_handle process(
-        OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, process_id));
+        process_id == GetCurrentProcessId()
+            ? GetCurrentProcess()
+            : OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, process_id));
     HMODULE executable = nullptr;
     DWORD needed = 0;
     wchar_t path[MAX_PATH];
