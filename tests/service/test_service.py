@@ -1,9 +1,11 @@
 """The process: restarts and crashes, what it says when it cannot start, its host's commands."""
 from __future__ import annotations
 
+import sqlite3
 import subprocess
 import sys
 import unittest
+from contextlib import closing
 
 from .harness import ROOT, Refused, Service, ServiceTest, shared_service
 
@@ -24,6 +26,9 @@ class Process(ServiceTest):
         orphan.write_bytes(b"left by a crash")
         stranger = service.data / "transfer" / "readme"
         stranger.touch()
+        with closing(sqlite3.connect(service.data / "store.sqlite")) as db:
+            (password,), = db.execute("SELECT password FROM users WHERE name = 'demo'")
+        self.assertNotIn("demo", password)
         service.process.kill()
         service.process.wait()
 

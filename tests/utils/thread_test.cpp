@@ -1,8 +1,10 @@
+#include "utils/rendezvous.h"
 #include "utils/thread.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -26,6 +28,29 @@ TEST(pool_thread, is_over_when_its_owner_is) {
         EXPECT_GE(ended, 1);
     }
     EXPECT_EQ(ended, 2);
+}
+
+TEST(rendezvous, hands_over_each_value_once) {
+    constexpr int values = 20'000;
+    rendezvous meeting;
+    int offered = 0;
+    for (int round = 0; round < 2; ++round) {
+        meeting.reset();
+        const pool_thread giver([&] {
+            for (int value = 1; value <= values; ++value) {
+                offered = value;
+                meeting.give();
+            }
+            meeting.end();
+        });
+        int expected = 0;
+        while (meeting.wait_ready()) {
+            EXPECT_EQ(offered, ++expected);
+            meeting.set_done();
+        }
+        EXPECT_EQ(expected, values);
+        EXPECT_FALSE(meeting.wait_ready()) << "the end stays the end";
+    }
 }
 
 } // namespace
