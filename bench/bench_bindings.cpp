@@ -10,8 +10,6 @@
 
 #include <array>
 #include <chrono>
-#include <cstdio>
-#include <exception>
 #include <stdexcept>
 #include <string>
 
@@ -97,11 +95,5 @@ void measure() {
 } // namespace
 
 int wmain() {
-    try {
-        measure();
-        return 0;
-    } catch (const std::exception& failure) {
-        std::printf("%s\n", failure.what());
-        return 1;
-    }
+    return bench::run(&measure);
 }

@@ -10,8 +10,6 @@
 
 #include <pugixml.hpp>
 
-#include <cstdio>
-#include <exception>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
@@ -122,11 +120,5 @@ void measure() {
 } // namespace
 
 int wmain() {
-    try {
-        measure();
-        return 0;
-    } catch (const std::exception& failure) {
-        std::printf("%s\n", failure.what());
-        return 1;
-    }
+    return bench::run(&measure);
 }

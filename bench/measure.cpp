@@ -1,7 +1,10 @@
 #include "measure.h"
 
+#include "vfs/exceptions.h"
+
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <iomanip>
 #include <numeric>
 #include <sstream>
@@ -56,6 +59,18 @@ std::string fixed(double value, int digits) {
     std::ostringstream text;
     text << std::fixed << std::setprecision(digits) << value;
     return text.str();
+}
+
+int run(const std::function<void()>& work) {
+    try {
+        work();
+        return 0;
+    } catch (const vfs::exception& failure) {
+        std::printf("%ls: %ls\n", failure.get_name().c_str(), failure.get_description().c_str());
+    } catch (const std::exception& failure) {
+        std::printf("%s\n", failure.what());
+    }
+    return 1;
 }
 
 } // namespace bench

@@ -33,4 +33,7 @@ void report(const std::string& what, const std::string& ours, const std::string&
 
 std::string fixed(double value, int digits);
 
+/// The body of a benchmark's entry point: runs `work`, prints what fails, and gives the exit code.
+int run(const std::function<void()>& work);
+
 } // namespace bench
