@@ -19,7 +19,10 @@ USER = PASSWORD = "demo"
 
 def field(reply: str, name: str) -> str:
     """The text of the first element of that name."""
-    return re.search(f"<{name}>(.*?)</{name}>", reply).group(1)
+    found = re.search(f"<{name}>(.*?)</{name}>", reply)
+    if not found:
+        raise RuntimeError(f"the store answered without {name}: {reply}")
+    return found.group(1)
 
 
 class Store:

@@ -22,7 +22,7 @@ def main() -> None:
     owner = database.execute("SELECT id FROM users WHERE name_key = 'demo'").fetchone()[0]
     now = int(time.time())
 
-    def row(parent: int, kind: int, name: str, content: int | None) -> tuple:
+    def row(parent: int | None, kind: int, name: str, content: int | None) -> tuple[object, ...]:
         return (owner, parent, kind, name, name.lower(), "A file among many", content,
                 secrets.token_hex(16), now, now)
 

@@ -18,10 +18,12 @@ from PIL import Image, ImageChops, ImageDraw, ImageFilter
 HERE = Path(__file__).parent
 RATE = 44100
 NOTES = {name: 440 * 2 ** ((i - 9) / 12) for i, name in enumerate("C c D d E F f G g A a B".split())}
+Colour = tuple[int, int, int]
 
 
-def blend(a: tuple, b: tuple, t: float) -> tuple:
-    return tuple(round(x + (y - x) * t) for x, y in zip(a, b))
+def blend(a: Colour, b: Colour, t: float) -> Colour:
+    red, green, blue = (round(x + (y - x) * t) for x, y in zip(a, b))
+    return red, green, blue
 
 
 def ridge(rng: random.Random, width: int, height: float, rough: float) -> list[float]:
@@ -34,7 +36,8 @@ def ridge(rng: random.Random, width: int, height: float, rough: float) -> list[f
     return points[:width]
 
 
-def landscape(seed: int, top: tuple, low: tuple, hills: tuple, sun: tuple, size=(1600, 1067)) -> Image.Image:
+def landscape(seed: int, top: Colour, low: Colour, hills: Colour, sun: Colour,
+              size: tuple[int, int] = (1600, 1067)) -> Image.Image:
     rng = random.Random(seed)
     width, height = size
     picture = Image.new("RGB", size)
@@ -121,7 +124,7 @@ def tune(melody: str, beat: float, colour: tuple[float, ...], repeats: int = 1) 
             t = i / RATE
             out[first + i] += sum(a * math.sin(2 * math.pi * frequency * (k + 1) * t) * math.exp(-(2 + k) * t)
                                   for k, a in enumerate(colour)) * min(1, t * 200)
-    loudest = max(map(abs, out))
+    loudest = max(abs(v) for v in out)
     return [v * 0.8 / loudest for v in out]
 
 

@@ -11,6 +11,7 @@ import sqlite3
 import time
 from dataclasses import dataclass
 
+from .database import insert
 from .names import key
 from .wire import Failure
 
@@ -107,11 +108,11 @@ def create_user(db: sqlite3.Connection, name: str, password_hash: str, email: st
     if email and db.execute("SELECT 1 FROM users WHERE email_key = ?", (key(email),)).fetchone():
         raise Failure("Address taken", f"There is already an account for '{email}'.", kind=1)
     now = int(time.time())
-    user_id = db.execute(
-        "INSERT INTO users(name, name_key, password, email, email_key, first_name, last_name, "
+    user_id = insert(
+        db, "INSERT INTO users(name, name_key, password, email, email_key, first_name, last_name, "
         "quota, created) VALUES (?,?,?,?,?,?,?,?,?)",
         (name, key(name), password_hash, email, key(email), first_name, last_name, quota,
-         now)).lastrowid
+         now))
     db.execute("INSERT INTO shares(dir_id, owner_id, with_id, mode, created) "
                "SELECT dir_id, owner_id, ?, 0, ? FROM invitations WHERE email_key = ?",
                (user_id, now, key(email)))
@@ -157,7 +158,7 @@ def check_password(db: sqlite3.Connection, name: str, password: str) -> tuple[in
     # An unknown name costs as much time as a wrong password, so that names cannot be tried.
     if not password_fits(password, stored or _nobody()) or stored is None:
         raise Failure("Login failed", "The user name or the password is wrong.")
-    return (user["id"], None) if user else (None, access["id"])
+    return (user["id"], None) if user else (None, access["id"] if access else None)
 
 
 def open_session(db: sqlite3.Connection, user_id: int | None, access_id: int | None, pc_id: str,

@@ -14,6 +14,8 @@ import sqlite3
 import time
 from pathlib import Path
 
+from .database import insert
+
 LOCATION = re.compile(r"/[fu][0-9a-f]{32}")
 EMPTY = 1
 """The number of the content that all empty files share."""
@@ -93,8 +95,8 @@ class Contents:
         shutil.copyfile(source, self.file(location))
         self.file(location).chmod(0o644 if self._foreign else 0o600)
         size = self.file(location).stat().st_size
-        number = db.execute("INSERT INTO contents(location, size, created) VALUES (?,?,?)",
-                            (location, size, int(time.time()))).lastrowid
+        number = insert(db, "INSERT INTO contents(location, size, created) VALUES (?,?,?)",
+                        (location, size, int(time.time())))
         return number, size
 
     def collect(self, db: sqlite3.Connection, made_before: int) -> list[Path]:

@@ -33,9 +33,9 @@ class Control:
         app.router.add_post("/_control/fault", self._fault)
         app.router.add_get("/_control/stats", self._stats)
 
-    async def _ask_ftp(self, *message: object) -> object:
+    async def _ask_ftp(self, *message: object) -> dict[str, int]:
         if self._ftp is None:
-            return None
+            return {}
         return await asyncio.get_running_loop().run_in_executor(None, self._ftp.ask, *message)
 
     async def _get_log(self, request: web.Request) -> web.Response:
@@ -72,5 +72,5 @@ class Control:
                            "open_uploads": "uploads WHERE closed_size IS NULL",
                            "open_downloads": "downloads"}.items():
             stats[name] = db.execute(f"SELECT count(*) FROM {rows}").fetchone()[0]
-        stats.update(await self._ask_ftp("stats") or {})
+        stats.update(await self._ask_ftp("stats"))
         return web.Response(text="".join(f"{name} {value}\n" for name, value in stats.items()))

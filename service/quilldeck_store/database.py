@@ -112,6 +112,13 @@ CREATE TABLE settings (
 """
 
 
+def insert(db: sqlite3.Connection, statement: str, values: tuple[object, ...]) -> int:
+    """Runs an INSERT and returns the new row's number."""
+    number = db.execute(statement, values).lastrowid
+    assert number is not None
+    return number
+
+
 class Database:
     """Opens the metadata file and makes its tables when it is new.
 

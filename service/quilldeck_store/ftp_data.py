@@ -6,7 +6,7 @@ import errno
 import os
 import socket
 import time
-from typing import BinaryIO
+from typing import Any, BinaryIO
 
 from pyftpdlib.handlers import DTPHandler, TLS_DTPHandler
 from pyftpdlib.ioloop import RetryError
@@ -68,7 +68,7 @@ class _Records(DTPHandler):
             self.file_obj.write(data[:first])
             self.tot_bytes_received += first
             data = data[first:]
-            if self._strike():
+            if self._strike(self.fault):
                 return
         self.file_obj.write(data)
         self.tot_bytes_received += len(data)
@@ -83,7 +83,7 @@ class _Records(DTPHandler):
             if self.fault:
                 left = self.fault.at - self.tot_bytes_sent
                 if left <= 0:
-                    if self._strike():
+                    if self._strike(self.fault):
                         return
                     continue
                 length = min(length, left)
@@ -100,9 +100,9 @@ class _Records(DTPHandler):
             if sent < len(data):
                 return
 
-    def _strike(self) -> bool:
+    def _strike(self, fault: TransferFault) -> bool:
         """Carries the fault out; true when the transfer is over."""
-        fault, self.fault = self.fault, None
+        self.fault = None
         if fault.kind == "stall":
             time.sleep(fault.seconds)
             return False
@@ -173,7 +173,7 @@ class TransferChannel(TLS_DTPHandler, _Records):
             _shut(raw)
         self.fault = self.cmd_channel.take_fault("up", upload.name)
         if self.fault and self.fault.at <= 0:
-            self._strike()
+            self._strike(self.fault)
 
     def push_with_producer(self, producer: object) -> None:
         if isinstance(producer, Download):
@@ -182,7 +182,7 @@ class TransferChannel(TLS_DTPHandler, _Records):
         super().push_with_producer(producer)
 
 
-def _shut(connection: object) -> None:
+def _shut(connection: Any) -> None:
     """Makes the session's own thread find its connection at an end."""
     with contextlib.suppress(OSError, ValueError):
         shutdown = getattr(connection, "sock_shutdown", None) or connection.shutdown

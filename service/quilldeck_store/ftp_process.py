@@ -10,6 +10,7 @@ import threading
 from dataclasses import dataclass
 from multiprocessing.connection import Connection
 from pathlib import Path
+from typing import Any
 
 from pyftpdlib.ioloop import IOLoop
 from pyftpdlib.servers import ThreadedFTPServer
@@ -53,11 +54,14 @@ class FtpProcess:
         """Becomes readable when the process ends."""
         return self._process.sentinel
 
-    def ask(self, *message: object) -> object:
-        """Sends a message and waits for its answer: "stats", "reset", "fault" or "end"."""
+    def ask(self, *message: object) -> dict[str, int]:
+        """Sends a message and waits for its answer: "stats", "reset", "fault" or "end".
+        Only that of "stats" says something.
+        """
         with self._lock:
             self._pipe.send(message)
-            return self._pipe.recv()
+            answer: dict[str, int] = self._pipe.recv()
+        return answer
 
     def end_writers(self, location: str) -> None:
         """Ends what still writes to an upload location."""
@@ -73,7 +77,7 @@ class FtpProcess:
 class _Server(ThreadedFTPServer):
     """A thread for each control connection; none of them holds the process up at its end."""
 
-    def _start_task(self, *args: object, **kwargs: object) -> threading.Thread:
+    def _start_task(self, *args: Any, **kwargs: Any) -> threading.Thread:
         return threading.Thread(*args, daemon=True, **kwargs)
 
 
@@ -104,7 +108,7 @@ def _listen(pipe: Connection) -> None:
             kind, *values = pipe.recv()
         except EOFError:
             os._exit(1)
-        answer: object = None
+        answer: dict[str, int] = {}
         if kind == "end":
             Services.writers.end(values[0])
         elif kind == "fault":

@@ -142,6 +142,8 @@ class Session(TLS_FTPHandler):
     auth_failed_timeout = 1
     proto_cmds = {name: TLS_FTPHandler.proto_cmds[name] for name in _COMMANDS}
     principal: Principal
+    # Where REST asked the next transfer to begin; the library's own.
+    _restart_position: int
 
     def on_connect(self) -> None:
         Services.count("ftp_sessions")
@@ -167,7 +169,7 @@ class Session(TLS_FTPHandler):
 
     def push_dtp_data(self, data: object, isproducer: bool = False, file: BinaryIO | None = None,
                       cmd: str | None = None) -> None:
-        if isinstance(data, FileProducer):
+        if isinstance(data, FileProducer) and file:
             data = Download(file)
         super().push_dtp_data(data, isproducer, file, cmd)
 

@@ -53,7 +53,7 @@ class HttpsService:
         self._log = log
         self._faults = faults
         self._threads = ThreadPoolExecutor(4, "request")
-        self._connections: weakref.WeakKeyDictionary = weakref.WeakKeyDictionary()
+        self._connections = weakref.WeakKeyDictionary[ssl.SSLObject, int]()
         self.connection_count = 0
         self.app = web.Application(client_max_size=MAX_BODY)
         endpoints = {"/qd_get_path.php": _get_path, f"{PREFIX}/qd_operations.php": _operations,

@@ -94,15 +94,15 @@ async def _serve(options: argparse.Namespace, store: Store, service: HttpsServic
     for number in (signal.SIGTERM, signal.SIGINT):
         loop.add_signal_handler(number, stop.set)
 
-    def ftp_ended() -> None:
+    def ftp_ended(sentinel: int) -> None:
         nonlocal code
-        loop.remove_reader(ftp.sentinel)
+        loop.remove_reader(sentinel)
         _log.error("the FTP server has ended unexpectedly")
         code = 1
         stop.set()
 
     if ftp:
-        loop.add_reader(ftp.sentinel, ftp_ended)
+        loop.add_reader(ftp.sentinel, ftp_ended, ftp.sentinel)
     runner = web.AppRunner(service.app, access_log=None, keepalive_timeout=600)
     await runner.setup()
     context = tls_context(str(cert), options.tls_max)

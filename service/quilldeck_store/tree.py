@@ -6,6 +6,7 @@ import sqlite3
 import time
 
 from . import names
+from .database import insert
 from .rights import DIRECTORY, FILE, ROOT, chain
 from .wire import Failure
 
@@ -30,11 +31,11 @@ def create(db: sqlite3.Connection, owner_id: int, parent_id: int, kind: int, nam
     names.check(name)
     require_free_name(db, owner_id, parent_id, name)
     now = int(time.time())
-    return db.execute(
-        "INSERT INTO items(owner_id, parent_id, kind, name, name_key, access, media, link_key, "
+    return insert(
+        db, "INSERT INTO items(owner_id, parent_id, kind, name, name_key, access, media, link_key, "
         "created, modified) VALUES (?,?,?,?,?,?,?,?,?,?)",
         (owner_id, parent_id, kind, name, names.key(name), access,
-         names.media(name) if kind == FILE else 0, secrets.token_urlsafe(12), now, now)).lastrowid
+         names.media(name) if kind == FILE else 0, secrets.token_urlsafe(12), now, now))
 
 
 def rename(db: sqlite3.Connection, item: sqlite3.Row, name: str) -> None:

@@ -101,8 +101,8 @@ class Form:
             key, _, value = part.partition(b"=")
             self.pairs.append((self._decode(key), self._decode(value)))
         self._first: dict[str, str] = {}
-        for key, text in self.pairs:
-            self._first.setdefault(key, text)
+        for name, text in self.pairs:
+            self._first.setdefault(name, text)
 
     @staticmethod
     def _decode(data: bytes) -> str:

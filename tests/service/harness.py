@@ -20,6 +20,8 @@ from xml.etree import ElementTree
 from Cryptodome.Cipher import Blowfish
 
 ROOT = Path(__file__).resolve().parents[2]
+Request = tuple[str, dict[str, object]]
+"""An action and its parameters."""
 TLS = ssl.create_default_context()
 TLS.check_hostname = False
 TLS.verify_mode = ssl.CERT_NONE
@@ -178,6 +180,7 @@ class ServiceTest(unittest.TestCase):
     """Cases that use the shared service, each with accounts of its own where it writes."""
 
     options: tuple[str, ...] = ()
+    service: Service
 
     @classmethod
     def setUpClass(cls) -> None:

@@ -10,7 +10,7 @@ from contextlib import closing
 from .harness import ROOT, Refused, Service, ServiceTest, shared_service
 
 
-def run(program: str, *words: object) -> subprocess.CompletedProcess:
+def run(program: str, *words: object) -> subprocess.CompletedProcess[str]:
     return subprocess.run([sys.executable, ROOT / "service" / program, "--data", *map(str, words)],
                           capture_output=True, text=True, timeout=60)
 
@@ -57,7 +57,7 @@ class Process(ServiceTest):
     def test_host_commands(self) -> None:
         self.service = shared_service("--no-sign-up")
 
-        def admin(*words: str) -> subprocess.CompletedProcess:
+        def admin(*words: str) -> subprocess.CompletedProcess[str]:
             return run("quilldeck_admin.py", self.service.data, *words)
         self.assertEqual(admin("add-user", "carl", "--password", "secret").returncode, 0)
         self.assertEqual(admin("add-access", "tunes", "demo", "music", "--password", "la").returncode, 0)

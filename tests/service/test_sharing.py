@@ -3,7 +3,7 @@ from __future__ import annotations
 
 import ftplib
 
-from .harness import Client, Refused, ServiceTest
+from .harness import Client, Refused, Request, ServiceTest
 
 
 class Sharing(ServiceTest):
@@ -27,11 +27,12 @@ class Sharing(ServiceTest):
         other.ask("open_file_download", **road, file_id=file)
         self.assertEqual(other.get(location), b"shared")
 
-        writes = (("set_file_description", {"file_id": file, "description": "d"}),
-                  ("rename_file", {"file_id": file, "new_name": "g"}),
-                  ("create_dir", {"dir_id": sub, "dir_access": 0, "name": "n"}),
-                  ("open_file_upload", {"file_id": file, "size": 1}),
-                  ("remove_dir", {"dir_id": sub}), ("move_file_to_trash", {"file_id": file}))
+        writes: list[Request] = [
+            ("set_file_description", {"file_id": file, "description": "d"}),
+            ("rename_file", {"file_id": file, "new_name": "g"}),
+            ("create_dir", {"dir_id": sub, "dir_access": 0, "name": "n"}),
+            ("open_file_upload", {"file_id": file, "size": 1}),
+            ("remove_dir", {"dir_id": sub}), ("move_file_to_trash", {"file_id": file})]
         for action, params in writes:
             self.refused(other, action, **road, **params)
             self.refused(other, action, **params)
@@ -80,10 +81,12 @@ class Sharing(ServiceTest):
         demo, visitor = self.client("demo"), self.client("visitor", "")
         pictures, documents = (demo.find(name)["ID"] for name in ("Pictures", "Documents"))
         road = {"access_dir_id": pictures}
-        for action, params in (("list_dir", {"dir_id": documents, **road}), ("list_trash_dir", {}),
-                               ("list_dir", {"dir_id": documents, "access_dir_id": documents}),
-                               ("share_folder", {"dir_id": pictures, "email": "a@b.cd"}),
-                               ("get_pro_settings", {}), ("list_shared_users", {})):
+        requests: list[Request] = [
+            ("list_dir", {"dir_id": documents, **road}), ("list_trash_dir", {}),
+            ("list_dir", {"dir_id": documents, "access_dir_id": documents}),
+            ("share_folder", {"dir_id": pictures, "email": "a@b.cd"}),
+            ("get_pro_settings", {}), ("list_shared_users", {})]
+        for action, params in requests:
             self.refused(visitor, action, **params)
         visitor.common["user_id_access"] = ""
         self.refused(visitor, "list_dir", dir_id=0)

@@ -94,7 +94,7 @@ class Transfer(ServiceTest):
                 for _ in range(200):
                     data.sendall(half)
                     time.sleep(0.01)
-                data.unwrap()
+                data.unwrap()  # type: ignore[attr-defined]  # the context makes it one of TLS
             data.close()
             with self.assertRaisesRegex(ftplib.Error, "426"):
                 old.voidresp()

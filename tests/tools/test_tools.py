@@ -11,6 +11,7 @@ import sys
 import tempfile
 import time
 import unittest
+from collections.abc import Callable
 from pathlib import Path
 from unittest import mock
 
@@ -26,10 +27,11 @@ import compile32  # noqa: E402
 import tidy  # noqa: E402
 
 
-def run(*command: object, **options: object) -> subprocess.CompletedProcess:
-    """Runs a command to its end; its output is text."""
+def run(*command: object, **environment: object) -> subprocess.CompletedProcess[str]:
+    """Runs a command to its end, with additions to our environment; its output is text."""
     return subprocess.run([str(word) for word in command], stdin=subprocess.DEVNULL, text=True,
-                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT, **options)
+                          stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                          env=os.environ | {name: str(value) for name, value in environment.items()})
 
 
 class Folder(unittest.TestCase):
@@ -105,14 +107,14 @@ class Wine(Folder):
                     found.append((int(folder.name), (folder / "cmdline").read_bytes()))
         return found
 
-    def start(self, command: str, **options: object) -> subprocess.Popen:
+    def start(self, command: str, output: int | None = None) -> subprocess.Popen[bytes]:
         # A run inside another would take that one's prefix.
         environment = {key: value for key, value in os.environ.items()
                        if key != "QUILLDECK_WINEPREFIX"}
         return subprocess.Popen([WINE_RUN, CMD, "/c", command], stdin=subprocess.DEVNULL,
-                                env=environment, **options)
+                                env=environment, stdout=output)
 
-    def wait_for(self, what: object) -> None:
+    def wait_for(self, what: Callable[[], bool]) -> None:
         deadline = time.monotonic() + 60
         while not what():
             self.assertLess(time.monotonic(), deadline)
@@ -121,7 +123,7 @@ class Wine(Folder):
     def test_a_program_left_running_does_not_hold_the_terminal(self) -> None:
         near, far = os.openpty()
         self.addCleanup(os.close, near)
-        command = self.start("start /b cmd /c for /l %i in (1,0,2) do rem & exit 4", stdout=far)
+        command = self.start("start /b cmd /c for /l %i in (1,0,2) do rem & exit 4", far)
         os.close(far)
         self.assertEqual(4, command.wait(60))
 

@@ -50,7 +50,7 @@ def main() -> int:
     version = subprocess.check_output([COMPILER, "--version"], text=True)
 
     entries = json.loads((arguments.build / "compile_commands.json").read_text(encoding="utf-8"))
-    commands = {}
+    commands: dict[Path, tuple[list[str], str]] = {}
     for entry in entries:
         path = Path(entry["file"]).resolve()
         folder = path.relative_to(tidy.ROOT).parts[:2] if path.is_relative_to(tidy.ROOT) else ()

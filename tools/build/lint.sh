@@ -2,8 +2,8 @@
 # lint: check format, code, scripts and layers
 #
 # clang-format and clang-tidy over the C++ code, whether the extension compiles for 32 bits, the
-# directions of includes between the folders of src/, shellcheck over the scripts, and whether the
-# Python code compiles. Changes nothing; ./quilldeck format mends the format. Good results of the
+# directions of includes between the folders of src/, shellcheck over the scripts, and mypy over the
+# Python code. Changes nothing; ./quilldeck format mends the format. Good results of the
 # slow checks are kept in the cache.
 set -euo pipefail
 . "$ROOT/tools/build/common.sh"
@@ -21,13 +21,7 @@ check() {
 
 check_format() { cpp_files | xargs -r clang-format-19 --dry-run -Werror; }
 check_scripts() { shell_files | xargs shellcheck -x -P SCRIPTDIR -P "$ROOT"; }
-# In memory: the sources' folders stay free of compiled files.
-check_python() {
-    python_files | xargs -r "$PYTHON" -c 'import sys
-for path in sys.argv[1:]:
-    with open(path, encoding="utf-8") as source:
-        compile(source.read(), path, "exec", dont_inherit=True)'
-}
+check_python() { mypy --cache-dir build/mypy --no-error-summary; }
 configure() {
     local preset
     for preset in checked release; do

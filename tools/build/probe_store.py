@@ -9,7 +9,7 @@ context = ssl.create_default_context()
 # The store signs its own certificate; who it is shows in its answer.
 context.check_hostname = False
 context.verify_mode = ssl.CERT_NONE
-connection = http.client.HTTPSConnection(target.hostname, target.port, timeout=10, context=context)
+connection = http.client.HTTPSConnection(target.hostname or "", target.port, timeout=10, context=context)
 try:
     connection.request("POST", "/qd_get_path.php", "")
     sys.exit(0 if b"<Path>" in connection.getresponse().read(4096) else 2)

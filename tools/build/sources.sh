@@ -10,6 +10,3 @@ shell_files() {
         find tools third_party tests bench -type f -name '*.sh' 2>/dev/null
     } | sort
 }
-python_files() {
-    find service demo tests tools bench -type f -name '*.py' 2>/dev/null | sort
-}

@@ -54,6 +54,7 @@ def main() -> int:
         environment = {**os.environ, "DISPLAY": display, "QUILLDECK_SCREEN": "desktop"}
         command = subprocess.Popen(options.command, env=environment, text=True, encoding="utf-8",
                                    stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        assert command.stdin and command.stdout
         for line in command.stdout:
             word, _, name = line.strip().partition(" ")
             if word == "picture":

@@ -3,16 +3,21 @@
 
 Needs Debian's python3-pil. Run it after a change of the drawing and commit the icon with it.
 """
+from __future__ import annotations
 
 import io
 import pathlib
 import struct
+from collections.abc import Iterator
 
 from PIL import Image, ImageDraw
 
 # What the shell's views ask for on screens of 100, 125, 150 and 200 %.
 SIZES = (16, 20, 24, 32, 40, 48, 64, 96, 128, 256)
 SMALLEST_PNG = 64  # readers of icons may know the plain form only for the classic sizes
+Point = tuple[float, float]
+Colour = tuple[int, int, int, int]
+
 CANVAS = 2048  # drawn large and scaled down, as Pillow does not smooth its edges
 
 BACK = (18, 62, 110, 255)
@@ -22,19 +27,20 @@ FEATHER = (255, 255, 255, 255)
 NIB = (255, 200, 87, 255)
 
 
-def curve(start, bend, end, steps=48):
+def curve(start: Point, bend: Point, end: Point, steps: int = 48) -> Iterator[Point]:
     """Points of a quadratic Bezier curve, in hundredths of the canvas."""
     for step in range(steps + 1):
         t = step / steps
-        yield tuple(((1 - t) ** 2 * a + 2 * t * (1 - t) * b + t * t * c) * CANVAS / 100
-                    for a, b, c in zip(start, bend, end))
+        x, y = (((1 - t) ** 2 * a + 2 * t * (1 - t) * b + t * t * c) * CANVAS / 100
+                for a, b, c in zip(start, bend, end))
+        yield x, y
 
 
-def drawing():
+def drawing() -> Image.Image:
     image = Image.new("RGBA", (CANVAS, CANVAS), (0, 0, 0, 0))
     draw = ImageDraw.Draw(image)
 
-    def sheet(left, top, right, bottom, colour):
+    def sheet(left: int, top: int, right: int, bottom: int, colour: Colour) -> None:
         box = [side * CANVAS / 100 for side in (left, top, right, bottom)]
         draw.rounded_rectangle(box, radius=CANVAS * 0.09, fill=colour)
 
@@ -51,7 +57,7 @@ def drawing():
     return image
 
 
-def plain(image):
+def plain(image: Image.Image) -> bytes:
     """An image in the form of a device-independent bitmap: bottom up, then the mask."""
     width, height = image.size
     blue_first = image.transpose(Image.Transpose.FLIP_TOP_BOTTOM).tobytes("raw", "BGRA")
@@ -62,13 +68,13 @@ def plain(image):
     return header + blue_first + mask
 
 
-def packed(image):
+def packed(image: Image.Image) -> bytes:
     data = io.BytesIO()
     image.save(data, "PNG", optimize=True)
     return data.getvalue()
 
 
-def icon_file(images):
+def icon_file(images: list[Image.Image]) -> bytes:
     """The bytes of an .ico with these images."""
     parts = [packed(image) if image.width >= SMALLEST_PNG else plain(image) for image in images]
     directory = struct.pack("<HHH", 0, 1, len(parts))
@@ -81,7 +87,7 @@ def icon_file(images):
     return directory + b"".join(parts)
 
 
-def main():
+def main() -> None:
     source = drawing()
     images = [source.resize((size, size), Image.Resampling.LANCZOS) for size in SIZES]
     target = pathlib.Path(__file__).parents[2] / "src" / "resources" / "quilldeck.ico"

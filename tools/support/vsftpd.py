@@ -38,7 +38,7 @@ class Vsftpd:
     def __init__(self, folder: Path, tls_max: str) -> None:
         self._folder = folder
         self._tls_max = tls_max
-        self._process: subprocess.Popen | None = None
+        self._process: subprocess.Popen[bytes] | None = None
         self.port = free_port()
         self.user = USER
         self.password = secrets.token_hex(16)
