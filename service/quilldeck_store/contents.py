@@ -6,6 +6,7 @@ a location is to have been told it.
 """
 from __future__ import annotations
 
+import contextlib
 import os
 import re
 import secrets
@@ -24,10 +25,26 @@ CLOSING = -1
 KEEP_SUPERSEDED = 86400
 KEEP_OPEN_DOWNLOAD = 7 * 86400
 KEEP_IDLE_UPLOAD = 2 * 86400
+KEEP_ORPHAN = 7 * 86400
+"""A file that the metadata does not know may belong to metadata that a host is about to restore."""
 
 
 def new_location(letter: str) -> str:
     return f"/{letter}{secrets.token_hex(16)}"
+
+
+def sync_folder(folder: Path) -> None:
+    """Waits until the names in the folder are on disk."""
+    handle = os.open(folder, os.O_RDONLY | os.O_DIRECTORY)
+    try:
+        os.fsync(handle)
+    finally:
+        os.close(handle)
+
+
+def _sync_file(file: Path) -> None:
+    with open(file, "rb") as handle:
+        os.fsync(handle.fileno())
 
 
 class Contents:
@@ -61,23 +78,25 @@ class Contents:
         return location
 
     def seal(self, upload: str, content: str) -> None:
-        """Makes the upload's file the content's file, on disk before anybody is told."""
+        """Gives the upload's bytes the content's name, too; both are on disk before anybody is told.
+
+        The upload keeps its own name until the metadata has taken the content, so that an end
+        in between leaves an upload that can be closed again.
+        """
         source, target = self.file(upload), self.file(content)
         if self._foreign:
             # A dying session of the other server may still hold the upload open and write.
             shutil.copyfile(source, target)
-        with open(source if not self._foreign else target, "rb") as handle:
-            os.fsync(handle.fileno())
-        if not self._foreign:
-            os.replace(source, target)
-        target.chmod(0o644 if self._foreign else 0o600)
-
-    def unseal(self, upload: str, content: str) -> None:
-        """Takes `seal` back after the metadata refused the content."""
-        if self._foreign:
-            self.file(content).unlink()
+            target.chmod(0o644)
+            _sync_file(target)
         else:
-            os.replace(self.file(content), self.file(upload))
+            _sync_file(source)
+            os.link(source, target)
+        sync_folder(self.folder)
+
+    def unseal(self, content: str) -> None:
+        """Takes `seal` back after the metadata refused the content."""
+        self.file(content).unlink()
 
     def empty(self, db: sqlite3.Connection) -> str:
         """The one location of all empty files."""
@@ -86,6 +105,7 @@ class Contents:
             return row["location"]
         location = new_location("f")
         self.file(location).touch(0o644 if self._foreign else 0o600)
+        sync_folder(self.folder)
         db.execute("INSERT INTO contents VALUES (?, ?, 0, ?)", (EMPTY, location, int(time.time())))
         return location
 
@@ -94,32 +114,45 @@ class Contents:
         location = new_location("f")
         shutil.copyfile(source, self.file(location))
         self.file(location).chmod(0o644 if self._foreign else 0o600)
+        _sync_file(self.file(location))
+        sync_folder(self.folder)
         size = self.file(location).stat().st_size
         number = insert(db, "INSERT INTO contents(location, size, created) VALUES (?,?,?)",
                         (location, size, int(time.time())))
         return number, size
 
-    def collect(self, db: sqlite3.Connection, made_before: int) -> list[Path]:
-        """Forgets what nobody needs any more and returns the files to delete once the
-        transaction is through; younger ones than `made_before` stay."""
+    def names(self) -> set[str]:
+        """The files that are there; to be asked before the transaction of `collect`."""
+        return {entry.name for entry in os.scandir(self.folder)}
+
+    def collect(self, db: sqlite3.Connection, names: set[str]) -> list[Path]:
+        """Forgets what nobody needs any more and returns those of the files `names` to delete
+        once the transaction is through."""
         now = int(time.time())
         db.execute("DELETE FROM downloads WHERE opened < ?", (now - KEEP_OPEN_DOWNLOAD,))
         db.execute("DELETE FROM superseded WHERE at < ?", (now - KEEP_SUPERSEDED,))
-        dead = []
+        dead = {row["location"] for row in db.execute(
+            "SELECT location FROM uploads WHERE closed_size >= 0")}
         for row in db.execute("SELECT location FROM uploads WHERE opened < ?",
                               (now - KEEP_IDLE_UPLOAD,)).fetchall():
             file = self.file(row["location"])
             if not file.exists() or file.stat().st_mtime < now - KEEP_IDLE_UPLOAD:
                 db.execute("DELETE FROM uploads WHERE location = ?", (row["location"],))
-        db.execute("DELETE FROM contents WHERE id <> ? AND created < ? "
-                   "AND id NOT IN (SELECT content_id FROM items WHERE content_id IS NOT NULL) "
-                   "AND id NOT IN (SELECT content_id FROM downloads) "
-                   "AND id NOT IN (SELECT content_id FROM superseded)", (EMPTY, made_before))
+                dead.add(row["location"])
+        unused = ("id <> ? AND id NOT IN (SELECT content_id FROM items WHERE content_id IS NOT NULL) "
+                  "AND id NOT IN (SELECT content_id FROM downloads) "
+                  "AND id NOT IN (SELECT content_id FROM superseded)")
+        dead |= {row["location"] for row in db.execute(
+            f"DELETE FROM contents WHERE {unused} RETURNING location", (EMPTY,))}
         known = {row[0] for row in db.execute(
             "SELECT location FROM contents UNION ALL SELECT location FROM uploads")}
-        for entry in os.scandir(self.folder):
-            # A young file may belong to a request that has not reached the metadata yet.
-            if ("/" + entry.name not in known and LOCATION.fullmatch("/" + entry.name)
-                    and entry.stat().st_ctime < made_before):
-                dead.append(Path(entry.path))
-        return dead
+        return [self.folder / name for name in names
+                if "/" + name in dead or ("/" + name not in known and self._is_orphan(name, now))]
+
+    def _is_orphan(self, name: str, now: int) -> bool:
+        """Whether a file that the metadata does not know is ours and has been so for long."""
+        if not LOCATION.fullmatch("/" + name):
+            return False
+        with contextlib.suppress(FileNotFoundError):
+            return (self.folder / name).stat().st_ctime < now - KEEP_ORPHAN
+        return False

@@ -149,7 +149,7 @@ class Database:
         connection = sqlite3.connect(self._path, isolation_level=None, timeout=20,
                                      check_same_thread=one_thread)
         connection.row_factory = sqlite3.Row
-        for pragma in ("journal_mode = WAL", "synchronous = NORMAL", "foreign_keys = ON",
+        for pragma in ("journal_mode = WAL", "synchronous = FULL", "foreign_keys = ON",
                        "cache_size = -32768", "temp_store = MEMORY"):
             connection.execute(f"PRAGMA {pragma}")
         return connection

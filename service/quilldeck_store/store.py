@@ -10,9 +10,12 @@ from pathlib import Path
 from typing import TextIO
 
 from .accounts import Principal, forget_idle_sessions
-from .contents import CLOSING, Contents
+from .contents import CLOSING, LOCATION, Contents
 from .credentials import seal
 from .database import Database
+
+
+LOCK_SECONDS = 2
 
 
 @dataclass(frozen=True)
@@ -44,6 +47,7 @@ class Store:
     def __init__(self, data: Path, foreign_transfer: bool, policy: Policy) -> None:
         data.mkdir(parents=True, exist_ok=True)
         data.chmod(0o711 if foreign_transfer else 0o700)
+        _refuse_lost_metadata(data)
         self._lock = _lock(data)
         self.data = data
         self.policy = policy
@@ -60,16 +64,21 @@ class Store:
             self.empty_location = self.contents.empty(db)
             forget_idle_sessions(db)
             db.execute("UPDATE uploads SET closed_size = NULL WHERE closed_size = ?", (CLOSING,))
-        self.collect(younger_too=True)
+        self.collect()
 
-    def collect(self, younger_too: bool = False) -> None:
-        """Throws away contents and uploads that nothing refers to; those of this minute
-        only where no request can be about to refer to them."""
+    def collect(self) -> None:
+        """Throws away contents and uploads that nothing refers to."""
+        names = self.contents.names()
         with self.db.transaction(write=True) as db:
-            dead = self.contents.collect(db, now() + 1 if younger_too else now() - 60)
+            dead = self.contents.collect(db, names)
         for file in dead:
             file.unlink(missing_ok=True)
             (self.thumbnails / f"{file.name}.jpg").unlink(missing_ok=True)
+
+    def close(self) -> None:
+        """Lets go of the folder; for the thread that opened the store."""
+        self.db.close()
+        self._lock.close()
 
     def transfer_data(self, who: Principal, key_parts: tuple[str, str, str]) -> str:
         """The enciphered `Data` field for a session."""
@@ -78,14 +87,32 @@ class Store:
         return seal(self.transfer.url, who.transfer_login, who.transfer_password, key_parts)
 
 
+def _refuse_lost_metadata(data: Path) -> None:
+    """Contents without their metadata are a store half restored, never a new one."""
+    database = data / "store.sqlite"
+    if database.exists() and database.stat().st_size:
+        return
+    files = data / "transfer"
+    if files.is_dir() and any(LOCATION.fullmatch("/" + name) for name in os.listdir(files)):
+        raise RuntimeError(f"{files} holds files, but {database} is missing. Put the database of the "
+                           "same store back, or name an empty folder by --data.")
+
+
 def _lock(data: Path) -> TextIO:
-    """Keeps a second service out of the folder for as long as this process lives."""
+    """Keeps a second service out of the folder for as long as this process and its children live.
+
+    A killed service's file server needs a moment to find itself alone.
+    """
     file = (data / "lock").open("w")
-    try:
-        fcntl.lockf(file, fcntl.LOCK_EX | fcntl.LOCK_NB)
-    except OSError:
-        raise RuntimeError(f"Another service is using {data} already.") from None
-    return file
+    deadline = time.monotonic() + LOCK_SECONDS
+    while True:
+        try:
+            fcntl.flock(file, fcntl.LOCK_EX | fcntl.LOCK_NB)
+            return file
+        except OSError:
+            if time.monotonic() > deadline:
+                raise RuntimeError(f"Another service is using {data} already.") from None
+            time.sleep(0.05)
 
 
 def now() -> int:

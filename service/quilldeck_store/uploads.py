@@ -32,7 +32,7 @@ def commit(store: Store, who: Principal, file_id: int, location: str, size: int,
     """Makes an upload the content of its file, or refuses and leaves both as they were.
 
     The bytes are on disk under the content's name before the metadata points to them; a
-    crash between the two leaves a file that nobody refers to, which the next start deletes.
+    crash between the two leaves the upload as it was, and a name that nobody refers to.
     A client that lost the answer asks again, and is told once more that all is well.
     """
     with _commit_locks[hash(location) % len(_commit_locks)]:
@@ -48,21 +48,22 @@ def _commit(store: Store, who: Principal, file_id: int, location: str, size: int
         raise Failure("Upload failed", "This upload does not belong to the file, or it is closed already.")
     if upload["closed_size"] == size:
         return
-    # From here on no transfer can open the location, and then the last one is ended.
-    if not _mark(store, location, None, CLOSING):
+    if upload["closed_size"] not in (None, CLOSING):
         raise Failure("Upload failed", "This upload is closed already, with another size.")
+    # From here on no transfer can open the location, and then the last one is ended. Who finds it
+    # marked already comes after an attempt that could not even take its mark back.
+    _mark(store, location, CLOSING)
     store.end_writers(location)
     try:
         _take(store, upload, size, modified)
     except BaseException:
-        _mark(store, location, CLOSING, None)
+        _mark(store, location, None)
         raise
 
 
-def _mark(store: Store, location: str, before: int | None, after: int | None) -> bool:
+def _mark(store: Store, location: str, closed_size: int | None) -> None:
     with store.db.transaction(write=True) as db:
-        return db.execute("UPDATE uploads SET closed_size = ? WHERE location = ? AND closed_size IS ?",
-                          (after, location, before)).rowcount == 1
+        db.execute("UPDATE uploads SET closed_size = ? WHERE location = ?", (closed_size, location))
 
 
 def _take(store: Store, upload: sqlite3.Row, size: int, modified: int) -> None:
@@ -81,7 +82,7 @@ def _take(store: Store, upload: sqlite3.Row, size: int, modified: int) -> None:
         with store.db.transaction(write=True) as db:
             _publish(store, db, upload, content, size, modified)
     except BaseException:
-        store.contents.unseal(location, content)
+        store.contents.unseal(content)
         raise
     file.unlink(missing_ok=True)
 
