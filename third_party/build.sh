@@ -36,6 +36,7 @@ if [ -d "$prefix" ]; then
 fi
 [ "$compiler" != none ] || die "$HOST-gcc-posix is missing: run ./quilldeck setup"
 
+claim_cache
 mkdir -p "$CACHE/parts"
 # One builder at a time; a second one waits and then finds everything there.
 exec 9>"$CACHE/lock"

@@ -3,7 +3,6 @@
 # Source it from a script that has set -euo pipefail and file descriptor 3 for what the user reads.
 
 TP_DIR=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-CACHE=${QUILLDECK_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/quilldeck}
 HOST=x86_64-w64-mingw32
 JOBS=${QUILLDECK_JOBS:-$(nproc)}
 
@@ -15,6 +14,9 @@ die() {
     say "$*"
     exit 1
 }
+
+# shellcheck source=tools/build/cache.sh
+. "$TP_DIR/../tools/build/cache.sh"
 
 # The first twelve digits of a hash over the given files and words.
 hash_of() {

@@ -5,6 +5,7 @@ import contextlib
 import io
 import json
 import os
+import pwd
 import signal
 import subprocess
 import sys
@@ -95,6 +96,39 @@ class Lint(Folder):
             source.write_text("static_assert(sizeof(void*) == 4);\n")
             self.assertEqual(0, compile32.main())
         self.assertFalse((self.folder / "a.obj").exists())
+
+
+class Cache(Folder):
+    def command(self, name: str, folder: object) -> subprocess.CompletedProcess[str]:
+        return run("bash", "-euc", f'. "$ROOT/tools/build/common.sh"; {name}', ROOT=ROOT,
+                   QUILLDECK_CACHE=folder)
+
+    def test_only_what_is_ours_is_removed(self) -> None:
+        letter, parts = self.write("home/letter.txt", "dear"), self.write("home/parts/engine.txt", "")
+        for name in ("claim_cache", "remove_cache"):
+            self.assertEqual(1, self.command(name, self.folder / "home").returncode, name)
+        self.assertTrue(letter.exists() and parts.exists())
+        self.assertFalse((self.folder / "home/CACHEDIR.TAG").exists())
+
+        for name in ("parts/x/lib.a", "lock", "0123456789ab/x", "wine-1/system.reg", "openssl.log"):
+            self.write(f"cache/{name}", "")  # as the versions made it that knew no marks
+        (self.folder / "cache/prefixes").symlink_to(letter.parent)
+        self.assertEqual(0, self.command("claim_cache", self.folder / "cache").returncode)
+        mine = self.write("cache/notes", "mine")
+        self.assertIn("notes", self.command("remove_cache", self.folder / "cache").stdout)
+        self.assertEqual([mine], list(mine.parent.iterdir()))
+        self.assertTrue(letter.exists())
+        self.assertEqual(0, self.command("claim_cache; remove_cache", self.folder / "new").returncode)
+        self.assertFalse((self.folder / "new").exists())
+
+    def test_another_user_s_cache_is_told(self) -> None:
+        other = Path("/usr")
+        if os.geteuid() == 0:
+            other = self.write("other/parts/x", "").parents[1]
+            os.chown(other, 65534, -1)
+        refused = self.command("claim_cache", other)
+        self.assertEqual(1, refused.returncode)
+        self.assertIn(f"chown -R {pwd.getpwuid(os.geteuid()).pw_name}: {other}", refused.stdout)
 
 
 class Wine(Folder):

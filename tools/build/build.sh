@@ -12,6 +12,7 @@ case $preset in
 release | checked | native) ;;
 *) die "no such preset: $preset (release, checked, native)" ;;
 esac
+require_own "$ROOT/build" "$ROOT"/build/*
 "$ROOT/tools/build/setup.sh"
 cd "$ROOT"
 say "building $preset"

@@ -9,6 +9,7 @@ set -euo pipefail
 . "$ROOT/tools/build/common.sh"
 . "$ROOT/tools/build/sources.sh"
 
+require_own "$ROOT/build" "$ROOT"/build/*
 "$ROOT/tools/build/setup.sh"
 cd "$ROOT"
 failed=()

@@ -18,6 +18,7 @@ for argument; do
     arguments+=("$argument")
 done
 
+require_own "$ROOT/service-data"
 "$ROOT/tools/build/build.sh" release
 cd "$ROOT"
 there=0

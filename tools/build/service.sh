@@ -8,5 +8,6 @@ set -euo pipefail
 . "$ROOT/tools/build/common.sh"
 
 [ "${1:-}" != -- ] || shift
+require_own "$ROOT/service-data"
 "$ROOT/tools/build/setup.sh"
 exec "$PYTHON" "$ROOT/service/quilldeck_service.py" --data "$ROOT/service-data" "$@"

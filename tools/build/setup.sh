@@ -3,7 +3,8 @@
 #
 # Installs the Debian packages of tools/build/packages.txt that are not there yet (as root), builds
 # the libraries that we link with, and makes the template of the Wine prefixes. The libraries and
-# the template lie in QUILLDECK_CACHE (default ~/.cache/quilldeck) and serve every clone.
+# the template lie in QUILLDECK_CACHE (default ~/.cache/quilldeck) and serve every clone of a user:
+# where root has installed the packages, each user's first command makes his own.
 # The other commands begin with this by themselves.
 set -euo pipefail
 . "$ROOT/tools/build/common.sh"
@@ -60,6 +61,7 @@ if [ ${#missing[@]} != 0 ]; then
     install_packages "${missing[@]}"
 fi
 
+claim_cache
 [ -d "$("$ROOT/third_party/build.sh" --prefix)" ] || "$ROOT/third_party/build.sh"
 if [ ! -d "$(wine_template)" ]; then
     say "making the Wine prefix"
