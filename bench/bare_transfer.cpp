@@ -1,6 +1,6 @@
 #include "bare_transfer.h"
 
-#include "vfs_quilldeck/data_channel.h"
+#include "vfs_quilldeck/transfer/data_channel.h"
 
 #include <algorithm>
 #include <cstring>

@@ -2,7 +2,7 @@
 /// that libcurl asks for and no thread or file between.
 #pragma once
 
-#include "vfs_quilldeck/client.h"
+#include "vfs_quilldeck/session/client.h"
 
 #include <curl/curl.h>
 

@@ -1,7 +1,7 @@
 #include "bench_folder.h"
 
-#include "vfs_quilldeck/item.h"
-#include "vfs_quilldeck/text_encoding.h"
+#include "vfs_quilldeck/items/item.h"
+#include "vfs_quilldeck/wire/text_encoding.h"
 
 #include <algorithm>
 #include <ctime>

@@ -2,7 +2,7 @@
 
 #include "bare_transfer.h"
 #include "vfs/vfs.h"
-#include "vfs_quilldeck/client.h"
+#include "vfs_quilldeck/session/client.h"
 
 #include <cstdint>
 #include <memory>

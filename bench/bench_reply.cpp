@@ -7,12 +7,12 @@
 
 #include "vfs/exceptions.h"
 #include "vfs/vfs.h"
-#include "vfs_quilldeck/client.h"
-#include "vfs_quilldeck/http_client.h"
-#include "vfs_quilldeck/item.h"
-#include "vfs_quilldeck/pc_id.h"
-#include "vfs_quilldeck/reply_node.h"
-#include "vfs_quilldeck/text_encoding.h"
+#include "vfs_quilldeck/items/item.h"
+#include "vfs_quilldeck/session/client.h"
+#include "vfs_quilldeck/session/pc_id.h"
+#include "vfs_quilldeck/wire/http_client.h"
+#include "vfs_quilldeck/wire/reply_node.h"
+#include "vfs_quilldeck/wire/text_encoding.h"
 
 #include <pugixml.hpp>
 

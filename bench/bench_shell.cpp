@@ -10,10 +10,10 @@
 #include "shell/shell_folder.h"
 #include "utils/module.h"
 #include "vfs/exceptions.h"
-#include "vfs_quilldeck/directory.h"
-#include "vfs_quilldeck/file.h"
-#include "vfs_quilldeck/pc_id.h"
-#include "vfs_quilldeck/session.h"
+#include "vfs_quilldeck/items/directory.h"
+#include "vfs_quilldeck/items/file.h"
+#include "vfs_quilldeck/session/pc_id.h"
+#include "vfs_quilldeck/session/session.h"
 
 #include <array>
 #include <cstdio>

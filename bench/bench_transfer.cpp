@@ -7,7 +7,7 @@
 #include "service_url.h"
 
 #include "vfs/exceptions.h"
-#include "vfs_quilldeck/pc_id.h"
+#include "vfs_quilldeck/session/pc_id.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,6 +1,6 @@
 /// The decoder beside OpenSSL's encoder, and its bounds on any text.
 #include "check.h"
-#include "vfs_quilldeck/base64.h"
+#include "vfs_quilldeck/wire/base64.h"
 
 #include <openssl/evp.h>
 

@@ -1,7 +1,7 @@
 /// Item identifier lists from streams and shortcuts: whatever bytes they are, nothing is read
 /// outside of them.
 #include "check.h"
-#include "shell/id_list_bytes.h"
+#include "shell_items/id_list_bytes.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 /// The parser against a plain recursive one that follows the format's rules word by word.
 #include "check.h"
-#include "vfs_quilldeck/exceptions.h"
-#include "vfs_quilldeck/reply_node.h"
+#include "vfs_quilldeck/wire/exceptions.h"
+#include "vfs_quilldeck/wire/reply_node.h"
 
 #include <cstddef>
 #include <cstdint>

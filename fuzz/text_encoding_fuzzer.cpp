@@ -1,7 +1,7 @@
 /// The service's encoding of texts, there and back, and beside the standard one where both agree.
 #include "check.h"
-#include "vfs_quilldeck/text_encoding.h"
-#include "vfs_quilldeck/url_encode.h"
+#include "vfs_quilldeck/wire/text_encoding.h"
+#include "vfs_quilldeck/wire/url_encode.h"
 
 #include <utf8.h>
 

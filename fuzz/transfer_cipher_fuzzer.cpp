@@ -1,9 +1,9 @@
 /// Transfer data: what was enciphered is read, and anything else is refused as it should be.
 #define OPENSSL_SUPPRESS_DEPRECATED
 #include "check.h"
-#include "vfs_quilldeck/base64.h"
-#include "vfs_quilldeck/exceptions.h"
-#include "vfs_quilldeck/transfer_credentials.h"
+#include "vfs_quilldeck/transfer/transfer_credentials.h"
+#include "vfs_quilldeck/wire/base64.h"
+#include "vfs_quilldeck/wire/exceptions.h"
 
 #include <openssl/blowfish.h>
 #include <openssl/evp.h>

@@ -2,7 +2,7 @@
 /// test, beside a caller and a server that are plain byte strings.
 #pragma once
 
-#include "vfs_quilldeck/upload_log.h"
+#include "vfs_quilldeck/transfer/upload_log.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -2,8 +2,8 @@
 
 #include "companions/last_error.h"
 #include "utils/unique_handle.h"
-#include "vfs_quilldeck/session_objects.h"
-#include "vfs_quilldeck/shared_user_info.h"
+#include "vfs_quilldeck/session/session_objects.h"
+#include "vfs_quilldeck/session/shared_user_info.h"
 
 #include <cstring>
 

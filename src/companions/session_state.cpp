@@ -1,8 +1,8 @@
 #include "companions/session_state.h"
 
 #include "companions/last_error.h"
-#include "vfs_quilldeck/session_objects.h"
-#include "vfs_quilldeck/shared_user_info.h"
+#include "vfs_quilldeck/session/session_objects.h"
+#include "vfs_quilldeck/session/shared_user_info.h"
 
 #include <cstring>
 

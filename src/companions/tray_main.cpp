@@ -2,7 +2,7 @@
 #include "companions/last_error.h"
 #include "companions/single_instance.h"
 #include "companions/tray_window.h"
-#include "vfs_quilldeck/session_objects.h"
+#include "vfs_quilldeck/session/session_objects.h"
 
 namespace companions {
 

@@ -1,7 +1,7 @@
 /// Where the platform enters this DLL.
 #include "module/private_heap.h"
 #include "module/thread_state.h"
-#include "vfs_quilldeck/curl_descriptor_cache.h"
+#include "vfs_quilldeck/wire/curl_descriptor_cache.h"
 
 #include <windows.h>
 

@@ -3,7 +3,7 @@
 #include "com/class_ids.h"
 #include "resources/resource_ids.h"
 #include "shell/shell_folder.h"
-#include "vfs_quilldeck/pc_id.h"
+#include "vfs_quilldeck/session/pc_id.h"
 
 #include <objbase.h>
 

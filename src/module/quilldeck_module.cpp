@@ -2,8 +2,8 @@
 
 #include "com/guard.h"
 #include "com/module_lock.h"
-#include "dialogs/sign_in.h"
-#include "shell/seams.h"
+#include "dialogs/login/sign_in.h"
+#include "shell_items/seams.h"
 #include "transfer/stream.h"
 
 namespace module {

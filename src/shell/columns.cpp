@@ -2,7 +2,7 @@
 
 #include "com/guard.h"
 #include "resources/string_ids.h"
-#include "shell/display_text.h"
+#include "shell_items/display_text.h"
 
 #include <commctrl.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "shell/item_properties.h"
-#include "shell/item_record.h"
+#include "shell_items/item_record.h"
 
 #include <shobjidl.h>
 

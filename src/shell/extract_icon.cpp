@@ -1,7 +1,7 @@
 #include "shell/extract_icon.h"
 
 #include "com/guard.h"
-#include "shell/file_types.h"
+#include "shell_items/file_types.h"
 #include "utils/unique_handle.h"
 
 #include <shellapi.h>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "com/object.h"
-#include "shell/item_record.h"
+#include "shell_items/item_record.h"
 
 #include <shlobj.h>
 

@@ -1,7 +1,7 @@
 #include "shell/item_attributes.h"
 
-#include "shell/id_list_bytes.h"
-#include "shell/item_id_list.h"
+#include "shell_items/id_list_bytes.h"
+#include "shell_items/item_id_list.h"
 
 namespace shell {
 

@@ -1,8 +1,8 @@
 #include "shell/item_order.h"
 
 #include "com/guard.h"
-#include "shell/id_list_bytes.h"
-#include "shell/item_id_list.h"
+#include "shell_items/id_list_bytes.h"
+#include "shell_items/item_id_list.h"
 
 #include <algorithm>
 #include <cwchar>

@@ -1,7 +1,7 @@
 #include "shell/item_properties.h"
 
 #include "com/memory.h"
-#include "shell/file_types.h"
+#include "shell_items/file_types.h"
 #include "vfs/file.h"
 
 #include <algorithm>

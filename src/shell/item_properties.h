@@ -1,6 +1,6 @@
 #pragma once
 
-#include "shell/item_record.h"
+#include "shell_items/item_record.h"
 #include "vfs/directory.h"
 
 #include <shobjidl.h>

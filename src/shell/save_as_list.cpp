@@ -2,8 +2,8 @@
 
 #include "utils/exceptions.h"
 #include "utils/unique_handle.h"
-#include "vfs_quilldeck/reply_node.h"
-#include "vfs_quilldeck/session_objects.h"
+#include "vfs_quilldeck/session/session_objects.h"
+#include "vfs_quilldeck/wire/reply_node.h"
 
 #include <cstring>
 #include <cwchar>

@@ -1,16 +1,16 @@
 #include "shell/shell_folder.h"
 
 #include "com/enumerator.h"
-#include "shell/file_types.h"
-#include "shell/host_process.h"
 #include "shell/item_attributes.h"
 #include "shell/item_order.h"
-#include "shell/seams.h"
+#include "shell_items/file_types.h"
+#include "shell_items/host_process.h"
+#include "shell_items/seams.h"
 #include "ui/message.h"
 #include "utils/module.h"
 #include "vfs/exceptions.h"
-#include "vfs_quilldeck/session.h"
-#include "vfs_quilldeck/session_objects.h"
+#include "vfs_quilldeck/session/session.h"
+#include "vfs_quilldeck/session/session_objects.h"
 
 #include <mutex>
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "com/object.h"
-#include "shell/item_id_list.h"
-#include "shell/shell_folder_interface.h"
+#include "shell_items/item_id_list.h"
+#include "shell_items/shell_folder_interface.h"
 #include "utils/named_mutex.h"
 #include "vfs/client.h"
 #include "vfs/directory.h"

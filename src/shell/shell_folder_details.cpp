@@ -1,9 +1,9 @@
 /// The details side of a folder.
 #include "com/memory.h"
 #include "shell/columns.h"
-#include "shell/id_list_bytes.h"
 #include "shell/item_properties.h"
 #include "shell/shell_folder.h"
+#include "shell_items/id_list_bytes.h"
 #include "ui/strings.h"
 
 namespace shell {

@@ -1,15 +1,15 @@
 /// The names of a folder's items: as hosts are shown them, as they are parsed and changed.
 #include "com/memory.h"
-#include "shell/change_notice.h"
-#include "shell/host_process.h"
 #include "shell/item_attributes.h"
-#include "shell/local_paths.h"
 #include "shell/save_as_list.h"
 #include "shell/shell_folder.h"
+#include "shell_items/change_notice.h"
+#include "shell_items/host_process.h"
+#include "shell_items/local_paths.h"
 #include "ui/message.h"
 #include "utils/module.h"
 #include "vfs/exceptions.h"
-#include "vfs_quilldeck/session.h"
+#include "vfs_quilldeck/session/session.h"
 
 #include <filesystem>
 #include <system_error>

@@ -1,11 +1,11 @@
 /// What a folder hands out: its children, and the objects that views and transfers work with.
 #include "shell/extract_icon.h"
 #include "shell/extract_image.h"
-#include "shell/id_list_bytes.h"
-#include "shell/resolve.h"
-#include "shell/seams.h"
 #include "shell/shell_folder.h"
 #include "shell/view_callback.h"
+#include "shell_items/id_list_bytes.h"
+#include "shell_items/resolve.h"
+#include "shell_items/seams.h"
 #include "vfs/exceptions.h"
 #include "vfs/file.h"
 

@@ -1,11 +1,11 @@
 #include "companions/companion_program.h"
 #include "companions/identity.h"
 #include "running_program.h"
-#include "vfs_quilldeck/companion_process.h"
-#include "vfs_quilldeck/identity_block.h"
-#include "vfs_quilldeck/program_version.h"
-#include "vfs_quilldeck/session_objects.h"
-#include "vfs_quilldeck/shared_user_info.h"
+#include "vfs_quilldeck/session/companion_process.h"
+#include "vfs_quilldeck/session/identity_block.h"
+#include "vfs_quilldeck/session/session_objects.h"
+#include "vfs_quilldeck/session/shared_user_info.h"
+#include "vfs_quilldeck/wire/program_version.h"
 
 #include <gtest/gtest.h>
 

@@ -3,9 +3,9 @@
 #include "companions/tray_ids.h"
 #include "companions/tray_window.h"
 #include "running_program.h"
-#include "vfs_quilldeck/companion_process.h"
-#include "vfs_quilldeck/identity_block.h"
-#include "vfs_quilldeck/session_objects.h"
+#include "vfs_quilldeck/session/companion_process.h"
+#include "vfs_quilldeck/session/identity_block.h"
+#include "vfs_quilldeck/session/session_objects.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "drive_test.h"
 
-#include "vfs_quilldeck/session.h"
+#include "vfs_quilldeck/session/session.h"
 
 #include <windows.h>
 

@@ -8,7 +8,7 @@
 #include "desktop/windows_of_others.h"
 #include "vfs/directory.h"
 #include "vfs/exceptions.h"
-#include "vfs_quilldeck/session.h"
+#include "vfs_quilldeck/session/session.h"
 
 #include <map>
 #include <memory>

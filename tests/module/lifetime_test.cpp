@@ -6,8 +6,8 @@
 #include "com/apartment.h"
 #include "com/memory.h"
 #include "utils/module.h"
-#include "vfs_quilldeck/pc_id.h"
-#include "vfs_quilldeck/session.h"
+#include "vfs_quilldeck/session/pc_id.h"
+#include "vfs_quilldeck/session/session.h"
 
 #include <gtest/gtest.h>
 

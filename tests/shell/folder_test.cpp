@@ -5,11 +5,11 @@
 
 #include "shell/extract_icon.h"
 #include "shell/item_properties.h"
-#include "shell/seams.h"
 #include "shell/view_callback.h"
+#include "shell_items/seams.h"
 #include "transfer/stream.h"
 #include "utils/module.h"
-#include "vfs_quilldeck/identity_block.h"
+#include "vfs_quilldeck/session/identity_block.h"
 
 #include <commctrl.h>
 

@@ -2,17 +2,17 @@
 #include "guarded_bytes.h"
 #include "signed_in.h"
 
-#include "shell/display_text.h"
 #include "shell/extract_icon.h"
-#include "shell/file_types.h"
 #include "shell/item_attributes.h"
 #include "shell/item_order.h"
 #include "shell/item_properties.h"
+#include "shell_items/display_text.h"
+#include "shell_items/file_types.h"
 #include "utils/module.h"
-#include "vfs_quilldeck/client.h"
-#include "vfs_quilldeck/directory.h"
-#include "vfs_quilldeck/file.h"
-#include "vfs_quilldeck/session.h"
+#include "vfs_quilldeck/items/directory.h"
+#include "vfs_quilldeck/items/file.h"
+#include "vfs_quilldeck/session/client.h"
+#include "vfs_quilldeck/session/session.h"
 
 #include <numeric>
 

@@ -3,11 +3,11 @@
 #include "second_process.h"
 #include "signed_in.h"
 
-#include "shell/host_process.h"
+#include "shell_items/host_process.h"
 #include "utils/filesystem.h"
 #include "utils/module.h"
-#include "vfs_quilldeck/session_objects.h"
-#include "vfs_quilldeck/text_encoding.h"
+#include "vfs_quilldeck/session/session_objects.h"
+#include "vfs_quilldeck/wire/text_encoding.h"
 
 #include <filesystem>
 #include <fstream>

@@ -1,9 +1,9 @@
 #include "signed_in.h"
 
-#include "shell/id_list_bytes.h"
+#include "shell_items/id_list_bytes.h"
 #include "utils/module.h"
-#include "vfs_quilldeck/pc_id.h"
-#include "vfs_quilldeck/session.h"
+#include "vfs_quilldeck/session/pc_id.h"
+#include "vfs_quilldeck/session/session.h"
 
 namespace shell {
 

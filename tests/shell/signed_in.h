@@ -4,8 +4,8 @@
 #include "com/memory.h"
 #include "com/module_lock.h"
 #include "service_url.h"
-#include "shell/item_id_list.h"
 #include "shell/shell_folder.h"
+#include "shell_items/item_id_list.h"
 #include "store_control.h"
 #include "vfs/vfs.h"
 

@@ -1,8 +1,8 @@
 #include "contract.h"
 
-#include "vfs_quilldeck/client.h"
-#include "vfs_quilldeck/curl_descriptor_cache.h"
-#include "vfs_quilldeck/pc_id.h"
+#include "vfs_quilldeck/session/client.h"
+#include "vfs_quilldeck/session/pc_id.h"
+#include "vfs_quilldeck/wire/curl_descriptor_cache.h"
 
 #include <cstdint>
 #include <map>

@@ -3,9 +3,9 @@
 #include "service_url.h"
 #include "store_control.h"
 #include "vfs/vfs.h"
-#include "vfs_quilldeck/client.h"
-#include "vfs_quilldeck/exceptions.h"
-#include "vfs_quilldeck/pc_id.h"
+#include "vfs_quilldeck/session/client.h"
+#include "vfs_quilldeck/session/pc_id.h"
+#include "vfs_quilldeck/wire/exceptions.h"
 
 #include <gtest/gtest.h>
 

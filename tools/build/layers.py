@@ -3,7 +3,8 @@
     layers.py [TOP]
 
 The arrows are those of the libraries: a folder may use those of the rows below its own, so that
-nobody knows who stands above or beside.
+nobody knows who stands above or beside. The rooms of a library, its own folders, keep such an order
+too.
 """
 from __future__ import annotations
 
@@ -16,9 +17,12 @@ LAYERS = [
     {"serializer"},
     {"vfs_quilldeck", "syncer"},
     {"com", "ui"},
-    {"shell", "transfer", "dialogs"},
+    {"shell_items"},
+    {"shell", "commands", "local", "transfer", "dialogs"},
     {"module"},
 ]
+# The rooms of a library, from the bottom.
+ROOMS = {"vfs_quilldeck": ["wire", "transfer", "session", "items"]}
 LEVEL = {folder: level for level, row in enumerate(LAYERS) for folder in row}
 # Numbers of resources: everybody who shows a text knows them, and they know nobody.
 FREE = {"resources"}
@@ -36,8 +40,14 @@ COM_ALLOWED = {("utils", "shlobj.h")}
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 
 
-def faults_of(path: Path, folder: str) -> list[str]:
-    """What is wrong with the includes of one file in src/<folder>."""
+def goes_up(folder: str, room: str, target_room: str) -> bool:
+    """Whether an include of one room of a library in another is against their order."""
+    rooms = ROOMS.get(folder, [])
+    return room in rooms and target_room in rooms and rooms.index(target_room) > rooms.index(room)
+
+
+def faults_of(path: Path, folder: str, room: str) -> list[str]:
+    """What is wrong with the includes of one file in src/<folder>, or in its folder `room`."""
     found = []
     for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
         match = INCLUDE.match(line)
@@ -53,6 +63,8 @@ def faults_of(path: Path, folder: str) -> list[str]:
         target = header.split("/")[0] if "/" in header else None
         if target is None:
             found.append(f'{where}: write "{folder}/{header}", from src/ on')
+        elif target == folder and goes_up(folder, room, header.split("/")[1]):
+            found.append(f"{where}: {folder}/{room}/ may not use {'/'.join(header.split('/')[:2])}/")
         elif target in FREE or target == folder:
             continue
         elif target not in LEVEL:
@@ -66,13 +78,17 @@ def main() -> int:
     source = Path(sys.argv[1] if len(sys.argv) > 1 else ".") / "src"
     found = []
     for path in sorted(source.rglob("*")):
-        folder = path.relative_to(source).parts[0]
-        if path.suffix not in (".h", ".cpp") or folder in FREE:
+        if path.suffix not in (".h", ".cpp"):
+            continue
+        folder, room = path.relative_to(source).parts[:2]
+        if folder in FREE:
             continue
         if folder not in LEVEL:
             found.append(f"{path}: src/{folder} has no place among the layers")
             continue
-        found += faults_of(path, folder)
+        if folder in ROOMS and room not in ROOMS[folder]:
+            found.append(f"{path}: {folder}/ keeps its files in {', '.join(ROOMS[folder])}")
+        found += faults_of(path, folder, room)
     print("\n".join(found), end="\n" if found else "")
     return 1 if found else 0
 

@@ -13,7 +13,7 @@
 #include "com/apartment.h"
 #include "vfs/directory.h"
 #include "vfs/exceptions.h"
-#include "vfs_quilldeck/session.h"
+#include "vfs_quilldeck/session/session.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
 #include "service_url.h"
 
-#include "vfs_quilldeck/service_url.h"
+#include "vfs_quilldeck/wire/service_url.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -7,10 +7,10 @@
 #include "tour.h"
 
 #include "vfs/exceptions.h"
-#include "vfs_quilldeck/client.h"
-#include "vfs_quilldeck/pc_id.h"
-#include "vfs_quilldeck/service_url.h"
-#include "vfs_quilldeck/session.h"
+#include "vfs_quilldeck/session/client.h"
+#include "vfs_quilldeck/session/pc_id.h"
+#include "vfs_quilldeck/session/session.h"
+#include "vfs_quilldeck/wire/service_url.h"
 
 #include <windows.h>
 

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "vfs_quilldeck/transfer/transfer_account.h"
+
+#include <curl/curl.h>
+
+namespace vfs_quilldeck {
+
+/// Keeps the data channel of a transfer busy, both ways.
+///
+/// Receiving, it takes large pieces. OpenSSL by itself asks the socket twice for each record of 16
+/// KiB, and each call costs more than the record's decryption; reading ahead it asks once for many.
+/// The control channel must not read ahead: libcurl waits at the socket for a reply that would lie
+/// in OpenSSL's buffer already.
+///
+/// Sending, it waits for room in the socket itself. libcurl waits for the platform's write event,
+/// which comes only after a send was refused. Where the last piece just fitted and left too little
+/// room for the next, libcurl sleeps for a whole second, unless a send of nothing is refused too,
+/// as under Windows; under Wine it is not.
+///
+/// An object belongs to one use of a handle and lives until `curl_easy_perform` has returned.
+class data_channel {
+public:
+    /// Sets the callbacks on `handle`, and itself as its `CURLOPT_PRIVATE`.
+    data_channel(CURL* handle, const transfer_account& account);
+    data_channel(const data_channel&) = delete;
+    data_channel& operator=(const data_channel&) = delete;
+    /// Takes them away again, but for the one that closes sockets, which connections keep.
+    ~data_channel();
+
+private:
+    static curl_socket_t open_socket(void* self, curlsocktype purpose, curl_sockaddr* address);
+    static int close_socket(void* handle, curl_socket_t socket);
+    static CURLcode tune_tls(CURL* handle, void* context, void* self);
+    static int await_room(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent);
+
+    CURL* const handle_;
+    int control_port_;
+    bool reads_ahead_;
+    /// The data channel's, from its opening to its closing; the number may be another's afterwards.
+    curl_socket_t socket_ = CURL_SOCKET_BAD;
+};
+
+} // namespace vfs_quilldeck

@@ -1,0 +1,126 @@
+#include "store_test.h"
+
+#include "vfs_quilldeck/transfer/transfer_stream.h"
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace transfer_test {
+
+namespace {
+
+using vfs_quilldeck::transfer_stream;
+
+constexpr std::int32_t overwrite = vfs::modeWrite | vfs::modeOverwrite;
+
+class states_test : public store_test {
+protected:
+    std::int64_t data_connections() { return control.stats()["ftp_data_connections"]; }
+
+    std::array<char, 100> buffer{};
+};
+
+} // namespace
+
+TEST_F(states_test, opening_refuses_what_a_remote_file_does_not_offer) {
+    store(L"file", make_content(100'000, 1));
+    const file_ptr file = find(L"file");
+    control.reset();
+    for (const std::int32_t mode : {3, 7, 2, 4, 5}) {
+        expect_failure(L"Open failed", L"Invalid open mode", [&] { file->open(mode, 0); });
+        EXPECT_EQ(file->get_open_mode(), 0);
+    }
+    for (const auto& request : control.log()) {
+        EXPECT_EQ(request.value_of("action"), "open_file_download");
+    }
+
+    transfer_stream stream(client->get_transfer_account());
+    for (const int mode : {transfer_stream::reading, transfer_stream::writing}) {
+        expect_failure(L"Open failed", broken_line, [&] { stream.open("/f00", mode); });
+        EXPECT_EQ(stream.get_mode(), transfer_stream::closed);
+    }
+}
+
+TEST_F(states_test, calls_in_the_wrong_state_fail_with_their_texts) {
+    store(L"file", make_content(100'000, 1));
+    const file_ptr file = find(L"file");
+    for (int i = 0; i < 2; ++i) {
+        expect_failure(L"Read failed", L"File not opened", [&] { file->read(buffer.data(), 1); });
+        expect_failure(L"Write failed", L"File not opened", [&] { file->write(buffer.data(), 1); });
+        expect_failure(L"Read failed", L"buffer is NULL", [&] { file->read(nullptr, 1); });
+        expect_failure(L"Write failed", L"buffer is NULL", [&] { file->write(nullptr, 1); });
+        expect_failure(L"Close failed", L"File is not opened", [&] { file->close(0); });
+        file->open(vfs::modeRead, 0);
+        expect_failure(L"Open failed", L"File already opened",
+                       [&] { file->open(vfs::modeRead, 0); });
+        expect_failure(L"Write failed", L"Incorrect file mode",
+                       [&] { file->write(buffer.data(), 1); });
+        EXPECT_EQ(file->read(buffer.data(), 100), 100U);
+        file->close(0);
+    }
+    file->open(overwrite, 1);
+    expect_failure(L"Read failed", L"Incorrect file mode", [&] { file->read(buffer.data(), 1); });
+    EXPECT_EQ(file->write(buffer.data(), 100), 100U);
+    file->close(0);
+    EXPECT_EQ(fetch(L"file").size(), 100U);
+    expect_failure(L"Internal error",
+                   L"Wrong file open mode: only modeWrite|modeOverwrite is supported",
+                   [&] { folder->create_and_open_file(L"other", vfs::modeRead, 0); });
+}
+
+TEST_F(states_test, a_file_can_be_rewound_and_no_more) {
+    const content data = make_content(100'000, 2);
+    store(L"file", data);
+    const file_ptr file = find(L"file");
+    file->open(vfs::modeRead, 0);
+    file->seek(0, 0);
+    control.reset();
+    ASSERT_EQ(file->read(buffer.data(), 5), 5U);
+    file->seek(5, 0);
+    file->seek(0, 1);
+    EXPECT_EQ(data_connections(), 0);
+    for (const auto& [offset, origin] : {std::pair(4, 0), {1, 1}, {0, 2}, {-1, 1}}) {
+        expect_failure(L"Internal error", L"file::seek(): Operation not implemented",
+                       [&] { file->seek(offset, origin); });
+    }
+    EXPECT_EQ(file->get_pos(), 5);
+    ASSERT_EQ(file->read(buffer.data(), 1), 1U);
+    EXPECT_EQ(static_cast<unsigned char>(buffer[0]), data[5]);
+
+    file->seek(0, 0);
+    EXPECT_EQ(data_connections(), 1);
+    EXPECT_EQ(file->get_pos(), 6);
+    content again;
+    EXPECT_TRUE(read_all(*file, again, steps_of({7'777})).complete);
+    EXPECT_TRUE(again == data);
+    control.fault({{"kind", "cut_download"}, {"bytes", "0"}});
+    expect_failure(L"Seek error", broken_line, [&] { file->seek(0, 0); });
+    file->close(0);
+}
+
+// A handle that has resumed an upload is used again, and some versions of libcurl leave it
+// appending.
+TEST_F(states_test, an_upload_that_starts_over_does_not_append) {
+    const content data = make_content(13'000'000, 4);
+    control.fault({{"kind", "cut_upload"}, {"bytes", "100000"}});
+    const file_ptr file = create(L"file", data.size());
+    EXPECT_EQ(write_all(*file, data, steps_of({100'001}), 1).failures, 1);
+    file->seek(0, 0);
+    ASSERT_TRUE(write_all(*file, std::span(data).first(300'000), steps_of({16'384})).complete);
+    // A rewind leaves the position, so this size is told, and is not what arrived.
+    EXPECT_EQ(file->get_pos(), 13'300'000);
+    EXPECT_THROW(file->close(0), vfs::exception);
+    // The slash may travel escaped: the rest is a letter and 32 digits.
+    const std::string location = control.log().back().value_of("temp_location");
+    EXPECT_EQ(std::filesystem::file_size(path_of("/" + location.substr(location.size() - 33))),
+              300'000U);
+
+    file->open(overwrite, 0);
+    ASSERT_TRUE(write_all(*file, std::span(data).first(200'000), steps_of({16'384})).complete);
+    file->close(0);
+    EXPECT_TRUE(fetch(L"file") == content(data.begin(), data.begin() + 200'000));
+}
+
+} // namespace transfer_test
