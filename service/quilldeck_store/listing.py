@@ -62,6 +62,12 @@ class Listing:
         row = self._db.execute(_FILES + _ONE, {"id": file_id, "empty": self._empty}).fetchone()
         return self._file(row, temp_location)
 
+    def content(self, file_id: int) -> str:
+        """What a file's content is now: where it lies, its size and its date."""
+        row = self._db.execute(_FILES + _ONE, {"id": file_id, "empty": self._empty}).fetchone()
+        return (f"<Location>{row['location']}</Location><Size>{row['size']}</Size>"
+                f"<DateModified>{row['modified']}</DateModified>") if row else ""
+
     def _directory(self, tag: str, row: sqlite3.Row) -> str:
         (number, name, description, access, home, link_key, created, trashed, subfolders, pictures,
          music, shared) = row

@@ -45,10 +45,11 @@ CStreamImpl::~CStreamImpl() {
 
 HRESULT CStreamImpl::Init(const std::shared_ptr<vfs::file>& file) noexcept {
     return com::guard([&] {
-        if (!attempt(IDS_STREAM_OPEN_FAILED, *file, [&] { file->open(vfs::modeRead, 0); })) {
+        const std::shared_ptr<vfs::file> own = file->duplicate();
+        if (!attempt(IDS_STREAM_OPEN_FAILED, *own, [&] { own->open(vfs::modeRead, 0); })) {
             return E_FAIL;
         }
-        m_file = file;
+        m_file = own;
         return S_OK;
     });
 }

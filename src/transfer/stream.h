@@ -26,7 +26,7 @@ public:
     /// Closes the file, which makes an upload its content.
     ~CStreamImpl() override;
 
-    /// Opens the file for reading.
+    /// Opens a duplicate of the file for reading.
     HRESULT Init(const std::shared_ptr<vfs::file>& file) noexcept;
 
     HRESULT STDMETHODCALLTYPE SetSilent() override;

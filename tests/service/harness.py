@@ -154,9 +154,9 @@ class Client:
         with self.ftp() as line:
             line.storbinary(f"{command} {location}", io.BytesIO(data))
 
-    def finish(self, file_id: str, location: str, size: int, **road: object) -> None:
-        self.ask("close_file_upload", **road, file_id=file_id, temp_location=location,
-                 file_time=1234567890, file_size=size)
+    def finish(self, file_id: str, location: str, size: int, **road: object) -> Node:
+        return self.ask("close_file_upload", **road, file_id=file_id, temp_location=location,
+                        file_time=1234567890, file_size=size)
 
     def get(self, location: str) -> bytes:
         data = io.BytesIO()

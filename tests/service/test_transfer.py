@@ -25,7 +25,10 @@ class Transfer(ServiceTest):
         self.assertEqual(client.content("x"), b"old content")
         client.upload(location, b" you", "APPE")
         client.finish(file, location, 9)
-        client.finish(file, location, 9)
+        told = client.finish(file, location, 9)
+        opened, listed = client.ask("open_file_download", file_id=file), client.find("x")
+        for name in ("Location", "Size", "DateModified"):
+            self.assertEqual({told[name], opened[name]}, {listed[name]})
         self.assertEqual(client.content("x"), b"hello you")
         with self.assertRaises(BROKEN):
             client.upload(location, b"late", "APPE")

@@ -78,6 +78,31 @@ TEST_P(changing, replaces_what_a_file_holds) {
     EXPECT_EQ(read(dynamic_cast<vfs::file&>(*top->create_file(L"g"))), "");
 }
 
+TEST_P(changing, drops_what_is_abandoned) {
+    const file_ptr file =
+        std::dynamic_pointer_cast<vfs::file>(top->create_and_open_file(L"f", overwrite, 3));
+    write(*file, "old", 1'000'000);
+    const file_ptr writer = file->duplicate();
+    EXPECT_EQ(writer->get_open_mode(), 0);
+    for (int i = 0; i < 2; ++i) {
+        writer->open(overwrite, 5);
+        EXPECT_EQ(file->get_open_mode(), 0);
+        writer->write("other", 5);
+        writer->abandon();
+        EXPECT_EQ(writer->get_open_mode(), 0);
+        EXPECT_THROW(writer->close(0), vfs::exception);
+        writer->abandon();
+    }
+    EXPECT_EQ(writer->get_size(), 3);
+    EXPECT_EQ(read(*writer), "old");
+    writer->open(vfs::modeRead, 0);
+    writer->abandon();
+    EXPECT_EQ(read(*find_file(here->reach(), L"f")), "old");
+    // The thumbnail and the link of a duplicate take the item's own road.
+    EXPECT_EQ(writer->get_link(), file->get_link());
+    EXPECT_EQ(writer->get_path(), file->get_path());
+}
+
 TEST_P(changing, keeps_names_apart_and_finds_them_without_case) {
     const vfs::item_ptr first = top->create_directory(L"First \u00C4");
     const vfs::item_ptr second = top->create_file(L"Second");

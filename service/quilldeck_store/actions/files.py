@@ -78,17 +78,20 @@ def open_file_upload(request: Request) -> str:
 
 
 @action("close_file_upload", "file_id", "temp_location", "file_time", "file_size", mode=Mode.OWN)
-def close_file_upload(request: Request) -> None:
+def close_file_upload(request: Request) -> str:
     item = file(request, full=True)
     date = request.form.integer("file_time")
     uploads.commit(request.store, request.who, item["id"], request.form.get("temp_location"),
                    request.form.integer("file_size", low=0),
                    date if 0 < date <= _LAST_DATE else now())
+    return request.listing().content(item["id"])
 
 
 @action("open_file_download", "file_id")
-def open_file_download(request: Request) -> None:
-    uploads.open_download(request.db, request.who, file(request, full=False))
+def open_file_download(request: Request) -> str:
+    item = file(request, full=False)
+    uploads.open_download(request.db, request.who, item)
+    return request.listing().content(item["id"])
 
 
 @action("close_file_download", "file_id")

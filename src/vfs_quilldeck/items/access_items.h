@@ -18,6 +18,10 @@ inline item_link::route_ptr access_route(const std::wstring& access_dir_id) {
 class access_file : public file {
 public:
     using file::file;
+
+    std::shared_ptr<vfs::file> duplicate() const override {
+        return std::make_shared<access_file>(get_record());
+    }
 };
 
 class access_directory : public family_directory<access_directory, access_file> {

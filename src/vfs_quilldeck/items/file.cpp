@@ -2,12 +2,12 @@
 
 #include "vfs_quilldeck/items/directory.h"
 #include "vfs_quilldeck/wire/exceptions.h"
+#include "vfs_quilldeck/wire/reply_fields.h"
 #include "vfs_quilldeck/wire/text_encoding.h"
 
 #include <boost/format.hpp>
 
 #include <ctime>
-#include <mutex>
 #include <utility>
 
 namespace vfs_quilldeck {
@@ -25,13 +25,21 @@ int stream_mode_of(std::int32_t mode) {
                                                                           : transfer_stream::closed;
 }
 
+/// Takes over what a reply tells of the present content.
+void heed_content(file_record& record, const reply_node& reply) {
+    const std::wstring location = reply.get_child_text(L"Location");
+    if (!location.empty()) {
+        record.set_content(location, get_int64(reply, L"Size"), get_time(reply, L"DateModified"));
+    }
+}
+
 } // namespace
 
+file::file(std::shared_ptr<file_record> record)
+    : record_(std::move(record)), stream_(record_->link.get_client().get_transfer_account()) {}
+
 file::file(item_link link, file_fields fields, std::wstring temp_location, std::int32_t open_mode)
-    : open_mode_(open_mode), link_(std::move(link)),
-      stream_(link_.get_client().get_transfer_account()), fields_(std::move(fields)),
-      temp_location_(std::move(temp_location)), price_(fields_.price), size_(fields_.size),
-      modification_date_(fields_.modification_date), description_(fields_.description) {
+    : file(std::make_shared<file_record>(std::move(link), std::move(fields))) {
     if (open_mode == 0) {
         return;
     }
@@ -39,36 +47,36 @@ file::file(item_link link, file_fields fields, std::wstring temp_location, std::
         throw exception(L"Internal error",
                         L"Wrong file open mode: only modeWrite|modeOverwrite is supported");
     }
+    temp_location_ = std::move(temp_location);
     stream_.open(wide_to_utf8(temp_location_), transfer_stream::writing);
+    open_mode_ = open_mode;
 }
 
 std::wstring file::get_path() {
-    return link_.request(L"get_file_path", id_param()).get_child_text(L"Path");
+    return record_->link.request(L"get_file_path", id_param()).get_child_text(L"Path");
 }
 
 std::wstring file::get_description() const {
-    const std::lock_guard guard(field_lock_);
-    return description_;
+    return record_->get_description();
 }
 
 void file::set_description(const std::wstring& description) {
-    link_.request(L"set_file_description",
-                  {{L"file_id", fields_.id}, {L"description", description}});
-    const std::lock_guard guard(field_lock_);
-    description_ = description;
+    record_->link.request(L"set_file_description",
+                          {{L"file_id", record_->listed.id}, {L"description", description}});
+    record_->set_description(description);
 }
 
 vfs::byte_buffer file::get_thumbnail() {
-    return link_.get_client().get_thumbnail(get_thumbnail_user_id(), fields_.id);
+    return record_->link.get_client().get_thumbnail(get_thumbnail_user_id(), record_->listed.id);
 }
 
 void file::set_access(std::int32_t access) {
-    link_.request(L"set_file_access",
-                  {{L"file_id", fields_.id}, {L"access", std::to_wstring(access)}});
+    record_->link.request(L"set_file_access",
+                          {{L"file_id", record_->listed.id}, {L"access", std::to_wstring(access)}});
 }
 
 void file::restore() {
-    link_.request(L"restore_file_from_trash", id_param());
+    record_->link.request(L"restore_file_from_trash", id_param());
 }
 
 void file::copy(const vfs::item_ptr& destination, bool move) {
@@ -76,24 +84,25 @@ void file::copy(const vfs::item_ptr& destination, bool move) {
     if (!target) {
         throw exception(L"Copy file failed", L"Wrong type of destination item");
     }
-    request_params source = link_.get_route(L"src_");
-    append(source,
-           {{L"src_file_id", fields_.id}, {L"move", move ? L"1" : L"0"}, {L"is_pro", L"0"}});
+    request_params source = record_->link.get_route(L"src_");
+    append(
+        source,
+        {{L"src_file_id", record_->listed.id}, {L"move", move ? L"1" : L"0"}, {L"is_pro", L"0"}});
     request_params params = target->get_copy_target_params();
     params.emplace_back(L"action", L"copy_file");
     append(params, source);
-    link_.get_client().operations_request(std::move(params));
+    record_->link.get_client().operations_request(std::move(params));
 }
 
 void file::set_price(double price) {
-    link_.request(L"set_file_price",
-                  {{L"file_id", fields_.id}, {L"price", (boost::wformat(L"%1%") % price).str()}});
-    price_ = price;
+    record_->link.request(L"set_file_price", {{L"file_id", record_->listed.id},
+                                              {L"price", (boost::wformat(L"%1%") % price).str()}});
+    record_->set_price(price);
 }
 
 void file::set_modification_date(vfs::time_seconds time) {
-    link_.request(L"set_file_date",
-                  {{L"file_id", fields_.id}, {L"file_datetime", std::to_wstring(time)}});
+    record_->link.request(L"set_file_date", {{L"file_id", record_->listed.id},
+                                             {L"file_datetime", std::to_wstring(time)}});
 }
 
 bool file::is_bof() {
@@ -101,15 +110,21 @@ bool file::is_bof() {
 }
 
 void file::open(std::int32_t mode, std::int64_t size) {
+    if (open_mode_ != 0) {
+        throw exception(L"Open failed", L"File already opened");
+    }
     const int stream_mode = stream_mode_of(mode);
     if (stream_mode == transfer_stream::writing) {
-        const reply_node reply = link_.request(
-            L"open_file_upload",
-            {{L"file_id", fields_.id}, {L"size", std::to_wstring(size)}, {L"is_pro", L"0"}});
+        const reply_node reply =
+            record_->link.request(L"open_file_upload", {{L"file_id", record_->listed.id},
+                                                        {L"size", std::to_wstring(size)},
+                                                        {L"is_pro", L"0"}});
         temp_location_ = reply.get_child_text(L"TempLocation");
     } else {
-        link_.request(L"open_file_download", {{L"file_id", fields_.id}, {L"is_pro", L"0"}});
-        temp_location_ = fields_.location;
+        const reply_node reply = record_->link.request(
+            L"open_file_download", {{L"file_id", record_->listed.id}, {L"is_pro", L"0"}});
+        heed_content(*record_, reply);
+        temp_location_ = record_->get_location();
     }
     stream_.open(wide_to_utf8(temp_location_), stream_mode);
     open_mode_ = mode;
@@ -124,16 +139,25 @@ void file::close(vfs::time_seconds time) {
         stream_.close();
     }
     if ((open_mode_ & (vfs::modeWrite | vfs::modeOverwrite)) != 0) {
-        modification_date_ = time > 0 ? time : std::time(nullptr);
-        size_ = position_;
-        link_.request(L"close_file_upload", {{L"file_id", fields_.id},
-                                             {L"temp_location", temp_location_},
-                                             {L"file_time", std::to_wstring(modification_date_)},
-                                             {L"file_size", std::to_wstring(position_)},
-                                             {L"is_pro", L"0"}});
+        const vfs::time_seconds modified = time > 0 ? time : std::time(nullptr);
+        const reply_node reply =
+            record_->link.request(L"close_file_upload", {{L"file_id", record_->listed.id},
+                                                         {L"temp_location", temp_location_},
+                                                         {L"file_time", std::to_wstring(modified)},
+                                                         {L"file_size", std::to_wstring(position_)},
+                                                         {L"is_pro", L"0"}});
+        record_->set_content(record_->get_location(), position_, modified);
+        heed_content(*record_, reply);
     } else {
-        link_.request(L"close_file_download", {{L"file_id", fields_.id}, {L"is_pro", L"0"}});
+        record_->link.request(L"close_file_download",
+                              {{L"file_id", record_->listed.id}, {L"is_pro", L"0"}});
     }
+    open_mode_ = 0;
+    position_ = 0;
+}
+
+void file::abandon() noexcept {
+    stream_.abandon();
     open_mode_ = 0;
     position_ = 0;
 }
@@ -152,11 +176,11 @@ void file::seek(std::int64_t offset, std::int32_t origin) {
 
 void file::rewind() {
     try {
-        const int mode = stream_.get_mode();
-        if (mode != transfer_stream::closed) {
+        if (stream_.get_mode() != transfer_stream::closed) {
             stream_.close();
         }
-        stream_.open(wide_to_utf8(temp_location_), mode);
+        stream_.open(wide_to_utf8(temp_location_), stream_mode_of(open_mode_));
+        position_ = 0;
     } catch (const vfs::exception& cause) {
         throw exception(L"Seek error", cause.get_description());
     }

@@ -1,13 +1,13 @@
 #pragma once
 
-#include "utils/slim_lock.h"
 #include "vfs/file.h"
 #include "vfs_quilldeck/items/file_fields.h"
+#include "vfs_quilldeck/items/file_record.h"
 #include "vfs_quilldeck/items/item.h"
 #include "vfs_quilldeck/items/item_link.h"
 #include "vfs_quilldeck/transfer/transfer_stream.h"
 
-#include <atomic>
+#include <memory>
 #include <string>
 
 namespace vfs_quilldeck {
@@ -20,12 +20,14 @@ public:
     /// With a non-zero `open_mode`, which must be `modeWrite|modeOverwrite`, the file is built open
     /// for writing to `temp_location`, without a request.
     file(item_link link, file_fields fields, std::wstring temp_location, std::int32_t open_mode);
+    /// Another object for the file of `record`, closed.
+    explicit file(std::shared_ptr<file_record> record);
 
-    std::wstring get_raw_id() const override { return fields_.id; }
+    std::wstring get_raw_id() const override { return record_->listed.id; }
 
-    std::wstring get_name() const override { return fields_.name; }
+    std::wstring get_name() const override { return record_->listed.name; }
 
-    std::wstring get_id() const override { return fields_.id; }
+    std::wstring get_id() const override { return record_->listed.id; }
 
     std::wstring get_path() override;
     std::wstring get_description() const override;
@@ -36,22 +38,22 @@ public:
     vfs::byte_buffer get_thumbnail() override;
     void set_access(std::int32_t access) override;
 
-    std::int32_t get_access() const override { return fields_.access; }
+    std::int32_t get_access() const override { return record_->listed.access; }
 
-    std::wstring get_link() const override { return fields_.link; }
+    std::wstring get_link() const override { return record_->listed.link; }
 
     /// The service tells no such date of files.
     vfs::time_seconds get_creation_date() const override { return vfs::time_unknown; }
 
-    vfs::time_seconds get_delete_date() const override { return fields_.delete_date; }
+    vfs::time_seconds get_delete_date() const override { return record_->listed.delete_date; }
 
     void restore() override;
 
-    std::wstring get_direct_link() const override { return fields_.direct_link; }
+    std::wstring get_direct_link() const override { return record_->listed.direct_link; }
 
     void copy(const vfs::item_ptr& destination, bool move) override;
 
-    double get_price() const override { return price_; }
+    double get_price() const override { return record_->get_price(); }
 
     void set_price(double price) override;
     void open(std::int32_t mode, std::int64_t size) override;
@@ -69,11 +71,13 @@ public:
     std::uint32_t read(void* buffer, std::uint32_t length) override;
     std::uint32_t write(const void* buffer, std::uint32_t length) override;
 
-    std::int64_t get_size() const override { return size_; }
+    std::int64_t get_size() const override { return record_->get_size(); }
 
-    vfs::time_seconds get_access_date() const override { return fields_.access_date; }
+    vfs::time_seconds get_access_date() const override { return record_->listed.access_date; }
 
-    vfs::time_seconds get_modification_date() const override { return modification_date_; }
+    vfs::time_seconds get_modification_date() const override {
+        return record_->get_modification_date();
+    }
 
     void set_modification_date(vfs::time_seconds time) override;
 
@@ -81,29 +85,31 @@ public:
 
     void set_attributes(std::uint32_t) override {}
 
+    std::shared_ptr<vfs::file> duplicate() const override {
+        return std::make_shared<file>(record_);
+    }
+
+    void abandon() noexcept override;
+
 protected:
     /// Whose file the service is told when it is asked for a thumbnail; empty for the user's own.
     virtual std::wstring get_thumbnail_user_id() const { return {}; }
 
-    const item_link& get_item_link() const { return link_; }
+    const item_link& get_item_link() const { return record_->link; }
+
+    const std::shared_ptr<file_record>& get_record() const { return record_; }
 
 private:
-    request_params id_param() const { return {{L"file_id", fields_.id}}; }
+    request_params id_param() const { return {{L"file_id", record_->listed.id}}; }
 
     void rewind();
 
-    std::int32_t open_mode_;
-    const item_link link_;
+    const std::shared_ptr<file_record> record_;
+    /// Of this object's own open.
+    std::int32_t open_mode_ = 0;
     transfer_stream stream_;
-    const file_fields fields_;
     std::wstring temp_location_;
-    std::atomic<double> price_;
     std::int64_t position_ = 0;
-    std::atomic<std::int64_t> size_;
-    std::atomic<vfs::time_seconds> modification_date_;
-    /// Guards the description: metadata may be read while another thread sets them.
-    mutable utils::slim_lock field_lock_;
-    std::wstring description_;
 };
 
 } // namespace vfs_quilldeck

@@ -20,6 +20,10 @@ class shared_file : public file {
 public:
     using file::file;
 
+    std::shared_ptr<vfs::file> duplicate() const override {
+        return std::make_shared<shared_file>(get_record());
+    }
+
 protected:
     std::wstring get_thumbnail_user_id() const override {
         return get_item_link().get_route()->front().second;

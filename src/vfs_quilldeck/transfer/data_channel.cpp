@@ -45,8 +45,9 @@ int port_of(const curl_sockaddr& address) {
 
 } // namespace
 
-data_channel::data_channel(CURL* handle, const transfer_account& account)
-    : handle_(handle), control_port_(port_of(account)),
+data_channel::data_channel(CURL* handle, const transfer_account& account,
+                           const std::atomic<bool>* given_up)
+    : handle_(handle), given_up_(given_up), control_port_(port_of(account)),
       // A limited transfer leaves data in OpenSSL's buffer and waits at the socket.
       reads_ahead_(account.download_speed_limit <= 0) {
     curl_easy_setopt(handle, CURLOPT_PRIVATE, this);
@@ -57,7 +58,7 @@ data_channel::data_channel(CURL* handle, const transfer_account& account)
     curl_easy_setopt(handle, CURLOPT_CLOSESOCKETDATA, handle);
     curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, &data_channel::tune_tls);
     curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, this);
-    curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, &data_channel::await_room);
+    curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, &data_channel::look_around);
     curl_easy_setopt(handle, CURLOPT_XFERINFODATA, this);
     curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
 }
@@ -99,17 +100,24 @@ CURLcode data_channel::tune_tls(CURL*, void* context, void* self) {
     return CURLE_OK;
 }
 
-int data_channel::await_room(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent) {
+int data_channel::look_around(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent) {
     const auto& channel = *static_cast<const data_channel*>(self);
-    if (sent > smallest_socket_buffer && channel.socket_ != CURL_SOCKET_BAD) {
-        fd_set room{};
-        room.fd_count = 1;
-        room.fd_array[0] = channel.socket_;
-        timeval limit = longest_wait_for_room;
-        // An error is for libcurl to find.
-        select(0, nullptr, &room, nullptr, &limit);
+    const auto over = [&channel] {
+        return channel.given_up_ != nullptr && *channel.given_up_;
+    };
+    if (!over() && sent > smallest_socket_buffer && channel.socket_ != CURL_SOCKET_BAD) {
+        channel.await_room();
     }
-    return 0;
+    return over() ? 1 : 0;
+}
+
+void data_channel::await_room() const {
+    fd_set room{};
+    room.fd_count = 1;
+    room.fd_array[0] = socket_;
+    timeval limit = longest_wait_for_room;
+    // An error is for libcurl to find.
+    select(0, nullptr, &room, nullptr, &limit);
 }
 
 } // namespace vfs_quilldeck

@@ -4,6 +4,8 @@
 
 #include <curl/curl.h>
 
+#include <atomic>
+
 namespace vfs_quilldeck {
 
 /// Keeps the data channel of a transfer busy, both ways.
@@ -21,8 +23,10 @@ namespace vfs_quilldeck {
 /// An object belongs to one use of a handle and lives until `curl_easy_perform` has returned.
 class data_channel {
 public:
-    /// Sets the callbacks on `handle`, and itself as its `CURLOPT_PRIVATE`.
-    data_channel(CURL* handle, const transfer_account& account);
+    /// Sets the callbacks on `handle`, and itself as its `CURLOPT_PRIVATE`. The transfer is broken
+    /// off once `given_up` is set, if there is one.
+    data_channel(CURL* handle, const transfer_account& account,
+                 const std::atomic<bool>* given_up = nullptr);
     data_channel(const data_channel&) = delete;
     data_channel& operator=(const data_channel&) = delete;
     /// Takes them away again, but for the one that closes sockets, which connections keep.
@@ -32,9 +36,12 @@ private:
     static curl_socket_t open_socket(void* self, curlsocktype purpose, curl_sockaddr* address);
     static int close_socket(void* handle, curl_socket_t socket);
     static CURLcode tune_tls(CURL* handle, void* context, void* self);
-    static int await_room(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent);
+    static int look_around(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent);
+
+    void await_room() const;
 
     CURL* const handle_;
+    const std::atomic<bool>* const given_up_;
     int control_port_;
     bool reads_ahead_;
     /// The data channel's, from its opening to its closing; the number may be another's afterwards.

@@ -34,9 +34,7 @@ transfer_stream::transfer_stream(std::shared_ptr<const transfer_account> account
     : account_(std::move(account)) {}
 
 transfer_stream::~transfer_stream() {
-    if (mode_ != closed) {
-        close();
-    }
+    abandon();
 }
 
 void transfer_stream::open(const std::string& path, int mode) {
@@ -60,6 +58,7 @@ void transfer_stream::open(const std::string& path, int mode) {
 
 bool transfer_stream::start() {
     thread_.reset();
+    given_up_ = false;
     buffer_size_ = 0;
     served_ = 0;
     started_ = std::time(nullptr);
@@ -102,7 +101,7 @@ int transfer_stream::perform() {
         curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
     }
     set_transfer_options(handle, *account_, path_);
-    const data_channel channel(handle, *account_);
+    const data_channel channel(handle, *account_, &given_up_);
     curl_easy_setopt(handle, CURLOPT_RESUME_FROM_LARGE, curl_off_t{offset_});
     if (account_->upload_speed_limit > 0) {
         curl_easy_setopt(handle, CURLOPT_MAX_SEND_SPEED_LARGE,
@@ -124,13 +123,16 @@ std::size_t transfer_stream::hand_over(char* data, std::size_t size, std::size_t
     self.buffer_size_ = size * count;
     self.served_ = 0;
     self.events_.give();
+    if (self.given_up_) {
+        return self.mode_ == writing ? CURL_READFUNC_ABORT : CURL_WRITEFUNC_ERROR;
+    }
     // libcurl limits the transfer as a whole: the limit moves along with each hand-over.
     const auto elapsed = static_cast<long>(std::time(nullptr) - self.started_);
     curl_easy_setopt(self.lease_->get(), CURLOPT_TIMEOUT, elapsed + transfer_timeout_seconds);
     return self.served_;
 }
 
-bool transfer_stream::wait_for_worker() {
+bool transfer_stream::wait_for_worker() noexcept {
     if (!thread_) {
         return false;
     }
@@ -142,7 +144,7 @@ bool transfer_stream::wait_for_worker() {
     return false;
 }
 
-bool transfer_stream::next_buffer() {
+bool transfer_stream::next_buffer() noexcept {
     events_.set_done();
     return wait_for_worker();
 }
@@ -268,9 +270,22 @@ void transfer_stream::close() {
     if (mode_ == closed) {
         throw exception(L"Close failed", L"File is not opened");
     }
+    given_up_ = mode_ == reading;
     while (next_buffer()) {
-        // Nothing served ends an upload and aborts a download.
+        // Nothing served ends an upload.
     }
+    forget();
+}
+
+void transfer_stream::abandon() noexcept {
+    given_up_ = true;
+    while (next_buffer()) {
+        // Each buffer on offer is refused.
+    }
+    forget();
+}
+
+void transfer_stream::forget() noexcept {
     thread_.reset();
     unconfirmed_.reset();
     offset_ = 0;

@@ -7,6 +7,7 @@
 #include "vfs_quilldeck/transfer/upload_log.h"
 #include "vfs_quilldeck/wire/curl_descriptor_cache.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
@@ -30,7 +31,7 @@ public:
     explicit transfer_stream(std::shared_ptr<const transfer_account> account);
     transfer_stream(const transfer_stream&) = delete;
     transfer_stream& operator=(const transfer_stream&) = delete;
-    /// Closes an open stream and waits for its worker.
+    /// Abandons an open stream.
     ~transfer_stream();
 
     /// Starts the transfer of `path`, UTF-8, which stands behind the account's host.
@@ -38,6 +39,9 @@ public:
     /// Ends an upload after what was written, or aborts a download. Does not tell whether the last
     /// bytes arrived.
     void close();
+    /// Breaks the transfer off, whatever it is in the middle of, and waits for its worker, which
+    /// looks at least once a second. The stream is closed then.
+    void abandon() noexcept;
     /// Delivers `length` bytes, fewer only at the end of the file. The bytes of a call that failed
     /// are delivered again.
     std::uint32_t read(void* buffer, std::uint32_t length);
@@ -57,9 +61,10 @@ private:
 
     void require(const wchar_t* operation, const void* buffer, int mode) const;
     /// Waits for the next buffer; false when the worker has ended.
-    bool wait_for_worker();
+    bool wait_for_worker() noexcept;
     /// Gives the served buffer back and waits for the next one.
-    bool next_buffer();
+    bool next_buffer() noexcept;
+    void forget() noexcept;
     int get_status() const;
     void set_status(int status);
 
@@ -80,6 +85,8 @@ private:
     std::unique_ptr<utils::pool_thread> thread_;
     /// The worker's lease, for its callback.
     const curl_descriptor* lease_ = nullptr;
+    /// The worker is to break off.
+    std::atomic<bool> given_up_ = false;
     std::time_t started_ = 0;
     char* buffer_ = nullptr;
     std::size_t buffer_size_ = 0;
