@@ -26,6 +26,9 @@ ULARGE_INTEGER large(std::uint64_t value) noexcept {
     return result;
 }
 
+/// System-modal boxes have no owner: a stream does not know for whom it is read.
+constinit ui::message_prompt boxes(nullptr);
+
 void copy_text(const std::wstring& text, LPWSTR buffer, int length) {
     com::required(buffer);
     if (length > 0) {
@@ -199,7 +202,8 @@ bool CStreamImpl::attempt(UINT text, const vfs::file& file, const Operation& ope
             }
             description = failure.get_description();
         }
-        if (!m_prompt.ask_retry(text, file.get_name(), description)) {
+        if (m_prompt.ask(IDS_STREAM_ERROR, text, {file.get_name(), description},
+                         MB_SYSTEMMODAL | MB_ICONSTOP | MB_RETRYCANCEL) != IDRETRY) {
             return false;
         }
     }
@@ -217,7 +221,7 @@ HRESULT create_stream(const vfs::item_ptr& file, REFIID iid, void** result) noex
         if (!content) {
             return E_NOINTERFACE;
         }
-        const auto stream = com::make<CStreamImpl>(get_retry_box());
+        const auto stream = com::make<CStreamImpl>(boxes);
         com::check(stream->Init(content));
         return stream->QueryInterface(iid, result);
     });

@@ -2,7 +2,7 @@
 
 #include "com/object.h"
 #include "transfer/istream_impl.h"
-#include "transfer/retry_prompt.h"
+#include "ui/prompt.h"
 #include "vfs/exceptions.h"
 #include "vfs/file.h"
 
@@ -21,7 +21,7 @@ class CStreamImpl final
     : public com::object<CStreamImpl, IStreamImpl, com::chain<IStream, ISequentialStream>> {
 public:
     /// `prompt` must outlive the stream.
-    explicit CStreamImpl(IRetryPrompt& prompt) noexcept : m_prompt(prompt) {}
+    explicit CStreamImpl(ui::prompt& prompt) noexcept : m_prompt(prompt) {}
 
     /// Closes the file, which makes an upload its content.
     ~CStreamImpl() override;
@@ -70,7 +70,7 @@ private:
     bool turn_around();
     void keep(const vfs::exception& failure);
 
-    IRetryPrompt& m_prompt;
+    ui::prompt& m_prompt;
     /// Null until it has been opened.
     std::shared_ptr<vfs::file> m_file;
     bool m_show_errors = true;

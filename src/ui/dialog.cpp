@@ -40,6 +40,12 @@ dialog::~dialog() {
     }
 }
 
+void dialog::destroy() noexcept {
+    if (window_) {
+        DestroyWindow(window_);
+    }
+}
+
 INT_PTR dialog::do_modal(HWND owner) {
     const visual_styles styles;
     const INT_PTR result = DialogBoxParamW(utils::own_module(), MAKEINTRESOURCEW(resource_), owner,
@@ -79,9 +85,13 @@ std::wstring dialog::get_text(int id) const {
     return text;
 }
 
-INT_PTR dialog::init(HWND window) noexcept {
+void dialog::attach(HWND window) noexcept {
     window_ = window;
     SetWindowLongPtrW(window, DWLP_USER, reinterpret_cast<LONG_PTR>(this));
+}
+
+INT_PTR dialog::init(HWND window) noexcept {
+    attach(window);
     try {
         return on_init();
     } catch (...) {

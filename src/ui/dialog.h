@@ -20,6 +20,11 @@ public:
     /// Destroys a window that is still there, without a word to derived classes.
     virtual ~dialog();
 
+    /// Ends the window, if there is one, while the whole object answers its last messages. Not for
+    /// a modal dialog that is shown. A class that is asked at the end, or has a layer over a
+    /// control among its members, does this first in its destructor.
+    void destroy() noexcept;
+
     /// Shows the window until `end` is called, and answers what that was given. Throws
     /// `utils::system_error_exception` when there can be no window, and what `on_init` threw.
     INT_PTR do_modal(HWND owner);
@@ -50,6 +55,14 @@ protected:
     /// Ends a modal dialog; its window goes when the message at hand is done.
     void end(INT_PTR result) noexcept { EndDialog(window_, result); }
 
+    UINT get_resource() const noexcept { return resource_; }
+
+    /// Makes `window`, whose procedure is `dialog_proc`, the one of this object.
+    void attach(HWND window) noexcept;
+
+    static INT_PTR CALLBACK dialog_proc(HWND window, UINT message, WPARAM wparam,
+                                        LPARAM lparam) noexcept;
+
     HWND control(int id) const noexcept { return GetDlgItem(window_, id); }
 
     /// Gives a control the focus as the Tab key does, the default button following.
@@ -72,9 +85,6 @@ protected:
     }
 
 private:
-    static INT_PTR CALLBACK dialog_proc(HWND window, UINT message, WPARAM wparam,
-                                        LPARAM lparam) noexcept;
-
     INT_PTR init(HWND window) noexcept;
     INT_PTR dispatch(UINT message, WPARAM wparam, LPARAM lparam);
     /// Raises what `on_init` threw, or otherwise, where there is no window, the platform's error.

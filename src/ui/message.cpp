@@ -4,6 +4,9 @@
 #include "ui/visual_styles.h"
 #include "vfs/exceptions.h"
 
+#include <oleidl.h>
+#include <wrl/client.h>
+
 #include <exception>
 
 namespace ui {
@@ -24,6 +27,16 @@ void rethrow_and_show(HWND owner, const char* caption, UINT style) {
 
 } // namespace
 
+HWND window_over(HWND owner, IUnknown* progress) noexcept {
+    Microsoft::WRL::ComPtr<IOleWindow> shown;
+    HWND window = nullptr;
+    if (progress && SUCCEEDED(progress->QueryInterface(IID_PPV_ARGS(&shown))) &&
+        SUCCEEDED(shown->GetWindow(&window)) && window) {
+        return window;
+    }
+    return owner;
+}
+
 int show_message(HWND owner, const std::wstring& caption, const std::wstring& text,
                  UINT style) noexcept {
     const visual_styles styles;
@@ -31,8 +44,9 @@ int show_message(HWND owner, const std::wstring& caption, const std::wstring& te
 }
 
 int show_message(HWND owner, UINT caption, UINT text, std::initializer_list<std::wstring> values,
-                 UINT style) {
-    return show_message(owner, load_string(caption), load_string(text, values), style);
+                 UINT style, IUnknown* progress) {
+    return show_message(window_over(owner, progress), load_string(caption),
+                        load_string(text, values), style);
 }
 
 void show_current_failure(HWND owner, const char* caption, UINT style) noexcept {

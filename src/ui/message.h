@@ -6,15 +6,22 @@
 #include <initializer_list>
 #include <string>
 
+struct IUnknown;
+
 namespace ui {
+
+/// What a box stands on: the window of `progress`, a progress dialog, where it has one, otherwise
+/// `owner`. Null is no progress dialog.
+HWND window_over(HWND owner, IUnknown* progress) noexcept;
 
 int show_message(HWND owner, const std::wstring& caption, const std::wstring& text,
                  UINT style) noexcept;
 
-/// Shows string `text` filled with `values` under string `caption`. Throws when the string table
-/// has no such texts.
+/// Shows string `text` filled with `values` under string `caption`, over `window_over(owner,
+/// progress)`. Values that the text has no room for are not shown. Throws when the string table
+/// has no such texts, and when there are too few values.
 int show_message(HWND owner, UINT caption, UINT text, std::initializer_list<std::wstring> values,
-                 UINT style);
+                 UINT style, IUnknown* progress = nullptr);
 
 /// Shows the exception that is being handled; to be called in a handler. A `vfs::exception` brings
 /// its caption and text along, and has the stop icon. A standard exception is a narrow text that

@@ -23,6 +23,7 @@ std::wstring load_string(UINT id) {
 
 std::wstring load_string(UINT id, std::initializer_list<std::wstring> values) {
     boost::wformat format(load_string(id));
+    format.exceptions(boost::io::all_error_bits ^ boost::io::too_many_args_bit);
     for (const std::wstring& value : values) {
         format % value;
     }

@@ -12,7 +12,8 @@ namespace ui {
 std::wstring load_string(UINT id);
 
 /// Text `id` with its conversions ("%s", "%d") replaced by `values`, one after another. A value is
-/// never read as a format itself. Throws a standard exception when their number is another one.
+/// never read as a format itself; values that the text has no room for are dropped. Throws a
+/// standard exception when there are too few.
 std::wstring load_string(UINT id, std::initializer_list<std::wstring> values);
 
 } // namespace ui

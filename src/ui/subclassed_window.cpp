@@ -3,6 +3,8 @@
 #include "ui/message.h"
 #include "utils/exceptions.h"
 
+#include <commctrl.h>
+
 #include <source_location>
 #include <utility>
 
@@ -13,37 +15,35 @@ subclassed_window::~subclassed_window() {
 }
 
 void subclassed_window::attach(HWND window) {
-    // What `window_proc` uses comes first, as messages may arrive from the last call on.
+    // What `subclass_proc` uses comes first, as messages may arrive from the call on. The address
+    // tells this layer from others of the same procedure.
     window_ = window;
-    next_ = reinterpret_cast<WNDPROC>(GetWindowLongPtrW(window, GWLP_WNDPROC));
-    SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-    if (!SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&window_proc))) {
+    if (!SetWindowSubclass(window, &subclass_proc, reinterpret_cast<UINT_PTR>(this),
+                           reinterpret_cast<DWORD_PTR>(this))) {
         window_ = nullptr;
         throw utils::system_error_exception(std::source_location::current().function_name(),
-                                            "::SetWindowLongPtrW(window, GWLP_WNDPROC, proc)",
+                                            "::SetWindowSubclass(window, proc, this, this)",
                                             GetLastError());
     }
 }
 
 void subclassed_window::detach() noexcept {
     if (const HWND window = std::exchange(window_, nullptr)) {
-        SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(next_));
-        SetWindowLongPtrW(window, GWLP_USERDATA, 0);
+        RemoveWindowSubclass(window, &subclass_proc, reinterpret_cast<UINT_PTR>(this));
     }
 }
 
 LRESULT subclassed_window::on_message(UINT message, WPARAM wparam, LPARAM lparam) {
-    return CallWindowProcW(next_, window_, message, wparam, lparam);
+    return DefSubclassProc(window_, message, wparam, lparam);
 }
 
-LRESULT CALLBACK subclassed_window::window_proc(HWND window, UINT message, WPARAM wparam,
-                                                LPARAM lparam) noexcept {
-    auto* const self =
-        reinterpret_cast<subclassed_window*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+LRESULT CALLBACK subclassed_window::subclass_proc(HWND window, UINT message, WPARAM wparam,
+                                                  LPARAM lparam, UINT_PTR,
+                                                  DWORD_PTR self_value) noexcept {
+    auto* const self = reinterpret_cast<subclassed_window*>(self_value);
     if (message == WM_NCDESTROY) {
-        const WNDPROC next = self->next_;
         self->detach();
-        return CallWindowProcW(next, window, message, wparam, lparam);
+        return DefSubclassProc(window, message, wparam, lparam);
     }
     try {
         return self->on_message(message, wparam, lparam);

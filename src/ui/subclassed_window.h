@@ -4,9 +4,10 @@
 
 namespace ui {
 
-/// Stands before the window procedure of one control of our own dialogs, in whose `GWLP_USERDATA`
-/// it keeps itself. What it leaves alone goes on to the control. It lets go when the window or the
-/// object ends, whichever is first. An object belongs to the thread of its window.
+/// Stands before the window procedure of one control. Several may stand before the same control;
+/// the one that came last is asked first, and what it leaves alone goes on to the others. It lets
+/// go when the window or the object ends, whichever is first. An object belongs to the thread of
+/// its window.
 class subclassed_window {
 public:
     subclassed_window() = default;
@@ -26,13 +27,12 @@ protected:
     virtual LRESULT on_message(UINT message, WPARAM wparam, LPARAM lparam);
 
 private:
-    static LRESULT CALLBACK window_proc(HWND window, UINT message, WPARAM wparam,
-                                        LPARAM lparam) noexcept;
+    static LRESULT CALLBACK subclass_proc(HWND window, UINT message, WPARAM wparam, LPARAM lparam,
+                                          UINT_PTR id, DWORD_PTR self) noexcept;
 
     void detach() noexcept;
 
     HWND window_ = nullptr;
-    WNDPROC next_ = nullptr;
 };
 
 } // namespace ui

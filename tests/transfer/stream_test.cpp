@@ -26,13 +26,20 @@ using transfer_test::content;
 using transfer_test::make_content;
 
 /// A user who says Retry a number of times and then Cancel.
-class scripted_prompt final : public IRetryPrompt {
+class scripted_prompt final : public ui::prompt {
 public:
-    bool ask_retry(UINT text, const std::wstring& file_name,
-                   const std::wstring& description) override {
-        EXPECT_EQ(file_name, L"file");
-        asked.emplace_back(text, description);
-        return retries-- > 0;
+    int ask(UINT caption, UINT text, std::initializer_list<std::wstring> values,
+            UINT style) override {
+        EXPECT_EQ(caption, 1400U);
+        EXPECT_EQ(style, 0x1015U);
+        EXPECT_EQ(*values.begin(), L"file");
+        asked.emplace_back(text, values.begin()[1]);
+        return retries-- > 0 ? IDRETRY : IDCANCEL;
+    }
+
+    int ask(const std::wstring&, const std::wstring& text, UINT) override {
+        ADD_FAILURE() << "none of our texts: " << testing::PrintToString(text);
+        return IDCANCEL;
     }
 
     int retries = 0;

@@ -18,8 +18,11 @@ class probe : public dialog {
 public:
     probe() : dialog(IDD_LOGIN) {}
 
+    ~probe() override { destroy(); }
+
     std::function<void()> init = [] {
     };
+    bool ended = false;
     std::function<void()> command;
     using dialog::end;
 
@@ -37,6 +40,7 @@ protected:
     }
 
     std::optional<LRESULT> on_message(UINT message, WPARAM wparam, LPARAM lparam) override {
+        ended = ended || message == WM_DESTROY;
         const bool ours = message == WM_APP || message == WM_CTLCOLOREDIT;
         return ours ? std::optional(static_cast<LRESULT>(wparam) + lparam) : std::nullopt;
     }
@@ -80,6 +84,14 @@ TEST(dialog, keeps_failures_inside) {
     EXPECT_FALSE(IsWindow(made));
     EXPECT_EQ(shown.handle(), nullptr);
     EXPECT_THROW(dialog(9).do_modal(nullptr), std::exception);
+
+    shown.init = [] {
+    };
+    shown.ended = false;
+    shown.create(nullptr);
+    shown.destroy();
+    EXPECT_TRUE(shown.ended) << "the whole object was there at the end of its window";
+    EXPECT_EQ(shown.handle(), nullptr);
 }
 
 } // namespace

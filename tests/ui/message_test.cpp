@@ -1,10 +1,14 @@
 #include "driven_window.h"
 #include "resources/string_ids.h"
 #include "ui/message.h"
+#include "ui/prompt.h"
 #include "ui/strings.h"
 #include "vfs/exceptions.h"
 
 #include <gtest/gtest.h>
+#include <wrl/client.h>
+
+#include <shlobj.h>
 
 #include <functional>
 #include <stdexcept>
@@ -13,6 +17,8 @@
 namespace ui {
 
 namespace {
+
+using Microsoft::WRL::ComPtr;
 
 class remote_failure : public vfs::exception {
 public:
@@ -25,6 +31,8 @@ TEST(load_string, gives_texts_and_fills_them) {
     EXPECT_EQ(load_string(IDS_NEW_PROFILE_CREATED), L"Your account has been successfully created!");
     EXPECT_EQ(load_string(IDS_STREAM_OPEN_FAILED, {L"50 %s.txt", L"no %1% way"}),
               L"Can't open '50 %s.txt': no %1% way");
+    EXPECT_EQ(load_string(IDS_STREAM_OPEN_FAILED, {L"one", L"two", L"three"}),
+              L"Can't open 'one': two");
     EXPECT_THROW(load_string(IDS_STREAM_OPEN_FAILED, {L"one"}), std::exception);
     EXPECT_THROW(load_string(9), std::exception);
 }
@@ -59,6 +67,34 @@ TEST(message, brings_each_family_of_failures_to_its_box) {
                       IDRETRY);
         },
         L"Error", L"Can't seek 'a': b", IDI_QUESTION, IDRETRY);
+}
+
+TEST(message, stands_on_a_progress_dialog) {
+    ASSERT_EQ(CoInitialize(nullptr), S_OK);
+    {
+        ComPtr<IProgressDialog> progress;
+        ASSERT_EQ(CoCreateInstance(CLSID_ProgressDialog, nullptr, CLSCTX_INPROC_SERVER,
+                                   IID_IProgressDialog,
+                                   reinterpret_cast<void**>(progress.GetAddressOf())),
+                  S_OK);
+        EXPECT_EQ(window_over(HWND_DESKTOP, progress.Get()), HWND_DESKTOP) << "not shown yet";
+        progress->StartProgressDialog(nullptr, nullptr, PROGDLG_AUTOTIME, nullptr);
+        HWND window = nullptr;
+        ASSERT_TRUE(support::eventually([&] {
+            window = window_over(nullptr, progress.Get());
+            return window != nullptr;
+        }));
+        std::thread user([window] {
+            const HWND box = support::await_dialog(L"caption");
+            EXPECT_EQ(GetWindow(box, GW_OWNER), window);
+            EXPECT_TRUE(support::answer_box(box, IDNO));
+        });
+        message_prompt prompt(nullptr, progress.Get());
+        EXPECT_EQ(static_cast<ui::prompt&>(prompt).ask(L"caption", L"text", MB_YESNO), IDNO);
+        user.join();
+        progress->StopProgressDialog();
+    }
+    CoUninitialize();
 }
 
 } // namespace

@@ -17,6 +17,8 @@ class CDialogNewProfile : public ui::dialog {
 public:
     CDialogNewProfile() noexcept;
 
+    ~CDialogNewProfile() override { destroy(); }
+
 protected:
     bool on_init() override;
     bool on_command(int id, int code) override;
