@@ -1,20 +1,6 @@
-# Toolchain: x86-64 Windows from Debian's mingw-w64, POSIX thread model (std::thread, std::mutex).
-set(CMAKE_SYSTEM_NAME Windows)
+# Toolchain: x86-64 Windows, run by Wine.
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
-
-set(host x86_64-w64-mingw32)
-set(CMAKE_C_COMPILER ${host}-gcc-posix)
-set(CMAKE_CXX_COMPILER ${host}-g++-posix)
-set(CMAKE_AR ${host}-gcc-ar-posix)
-set(CMAKE_RANLIB ${host}-gcc-ranlib-posix)
-set(CMAKE_RC_COMPILER ${host}-windres)
-
-# Nothing of the build machine's own headers and libraries may reach the cross compiler.
-set(CMAKE_FIND_ROOT_PATH /usr/${host})
-set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+include(${CMAKE_CURRENT_LIST_DIR}/mingw-w64-common.cmake)
 
 cmake_path(GET CMAKE_CURRENT_LIST_DIR PARENT_PATH quilldeck_root)
 set(CMAKE_CROSSCOMPILING_EMULATOR ${quilldeck_root}/tools/build/wine-run)

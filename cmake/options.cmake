@@ -26,7 +26,11 @@ target_compile_options(quilldeck_options INTERFACE
     $<$<COMPILE_LANGUAGE:CXX>:
         -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual -Wextra-semi>
     $<$<CXX_COMPILER_ID:GNU>:
-        -Wduplicated-cond -Wduplicated-branches -Wlogical-op -Wuseless-cast>)
+        -Wduplicated-cond -Wduplicated-branches -Wlogical-op>)
+if(CMAKE_SIZEOF_VOID_P EQUAL 8)
+    # In 32 bits a cast from a size is useless where it is of use here.
+    target_compile_options(quilldeck_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wuseless-cast>)
+endif()
 
 if(WIN32)
     target_compile_definitions(quilldeck_options INTERFACE

@@ -7,6 +7,7 @@
 function(quilldeck_library folder)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS;PRIVATE")
     set(target quilldeck_${folder})
+    set_property(GLOBAL APPEND PROPERTY quilldeck_libraries ${target})
     if(NOT arg_SOURCES)
         add_library(${target} INTERFACE)
         add_library(quilldeck::${folder} ALIAS ${target})

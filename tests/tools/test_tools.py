@@ -2,8 +2,6 @@
 from __future__ import annotations
 
 import contextlib
-import io
-import json
 import os
 import pwd
 import signal
@@ -24,7 +22,6 @@ CACHE = Path(os.environ.get("QUILLDECK_CACHE") or Path(
     os.environ.get("XDG_CACHE_HOME") or Path.home() / ".cache") / "quilldeck")
 
 sys.path.insert(0, str(BUILD))
-import compile32  # noqa: E402
 import tidy  # noqa: E402
 
 
@@ -54,11 +51,15 @@ class Lint(Folder):
     def test_layers(self) -> None:
         for name, text in (("utils/a.cpp", '#include "utils/b.h"\n#include <shlobj.h>\n'),
                            ("serializer/a.cpp", '#include "utils/a.h"\n'),
+                           ("vfs_quilldeck/items/a.cpp", '#include "vfs_quilldeck/wire/a.h"\n'),
                            ("shell/b.cpp", '#include "com/guard.h"\n#include <objbase.h>\n')):
             self.write(f"src/{name}", text)
         faults = {"src/vfs/side.h": '#include "utils/a.h"', "src/utils/up.h": '#include "serializer/a.h"',
                   "src/transfer/side.h": '#include "shell/b.h"', "src/syncer/com.h": "#include <ole2.h>",
-                  "src/ui/bare.h": '#include "bare2.h"', "src/other/new.h": ""}
+                  "src/ui/bare.h": '#include "bare2.h"', "src/other/new.h": "",
+                  "src/vfs_quilldeck/wire/up.h": '#include "vfs_quilldeck/session/client.h"',
+                  "src/dialogs/sync/side.h": '#include "dialogs/login/sign_in.h"',
+                  "src/vfs_quilldeck/loose.h": '#include "vfs_quilldeck/wire/md5.h"'}
         for name, line in faults.items():
             self.write(name, line + "\n")
         result = run(sys.executable, BUILD / "layers.py", self.folder)
@@ -68,34 +69,29 @@ class Lint(Folder):
             self.assertIn(name, result.stdout)
 
     def test_a_result_is_kept_until_something_that_decides_it_changes(self) -> None:
-        source = self.write("src/a/a.cpp", '#include "a/a.h"\n')
-        self.write("src/a/a.h", '#include "b.h"\n')
-        inner = self.write("src/a/b.h", "int b;\n")
-        settings = self.write(".clang-tidy", "Checks: x\n")
+        source = self.write("src/a/a.cpp", '#include "a/a.h"\n#include <library.h>\n#include <vector>\n')
+        self.write("src/a/a.h", '#include "b.h"\n# include "support/s.h"\n')
+        inner, settings = self.write("src/a/b.h", "int b;\n"), self.write(".clang-tidy", "Checks: x\n")
+        support = self.write("tests/support/s.h", "")
+        library = self.write("cache/library/include/library.h", "")
         other = self.write("src/a/other.h", "int other;\n")
-        with mock.patch.object(tidy, "ROOT", self.folder):
-            keys = [tidy.key(source, "g++", "19")]
-            other.write_text("int changed;\n")
-            self.assertEqual(keys[0], tidy.key(source, "g++", "19"))
-            for changed in (inner, settings):
-                changed.write_text("changed\n")
-                keys.append(tidy.key(source, "g++", "19"))
-            keys += [tidy.key(source, "g++ -O2", "19"), tidy.key(source, "g++", "20")]
-        self.assertEqual(5, len(set(keys)))
+        command = "g++ -Isrc -I tests -isystem cache/library/include"
 
-    def test_what_compiles_for_64_bits_only_is_a_fault(self) -> None:
-        source = self.write("src/a/a.cpp", "static_assert(sizeof(void*) == 8);\n")
-        self.write(".clang-tidy", "")
-        command = f"ccache x86_64-w64-mingw32-g++-posix -MD -MT a.obj -MF a.d -o a.obj -c {source}"
-        self.write("compile_commands.json", json.dumps(
-            [{"file": str(source), "directory": str(self.folder), "command": command}]))
-        arguments = ["compile32.py", "--cache", str(self.folder / "cache"), str(self.folder)]
-        with mock.patch.object(sys, "argv", arguments), mock.patch.object(tidy, "ROOT", self.folder), \
-                contextlib.redirect_stdout(io.StringIO()):
-            self.assertEqual(1, compile32.main())
-            source.write_text("static_assert(sizeof(void*) == 4);\n")
-            self.assertEqual(0, compile32.main())
-        self.assertFalse((self.folder / "a.obj").exists())
+        def key(command: str = command, version: str = "19") -> str:
+            tidy.find.cache_clear()
+            tidy.look_into.cache_clear()
+            return tidy.key(source, command, self.folder, version)
+
+        with mock.patch.object(tidy, "ROOT", self.folder):
+            keys = [key()]
+            other.write_text("int changed;\n")
+            self.assertEqual(keys[0], key())
+            for changed in (source, inner, support, library, settings):
+                changed.write_text(changed.read_text() + "// changed\n")
+                keys.append(key())
+            self.write("src/support/s.h", "// stands before the other one\n")
+            keys += [key(), key(command + " -O2"), key(version="20")]
+        self.assertEqual(9, len(set(keys)))
 
 
 class Cache(Folder):

@@ -16,10 +16,5 @@ require_own "$ROOT/build" "$ROOT"/build/*
 "$ROOT/tools/build/setup.sh"
 cd "$ROOT"
 say "building $preset"
-log=$(mktemp)
-trap 'rm -f "$log"' EXIT
-cmake --preset "$preset" >"$log" 2>&1 || {
-    cat "$log" >&2
-    die "the build could not be configured"
-}
+cmake_configure "$preset" || die "the build could not be configured"
 cmake --build --preset "$preset" >&2 || die "the build failed"

@@ -15,3 +15,12 @@ die() {
 
 # The version, from its one place.
 version() { sed -n 's/^project(quilldeck VERSION \([0-9.]*\).*/\1/p' "$ROOT/CMakeLists.txt"; }
+
+# Prepares the build of a preset; says something only when that fails.
+cmake_configure() {
+    local output
+    output=$(cmake --preset "$1" 2>&1) || {
+        printf '%s\n' "$output" >&2
+        return 1
+    }
+}

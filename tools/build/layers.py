@@ -3,8 +3,8 @@
     layers.py [TOP]
 
 The arrows are those of the libraries: a folder may use those of the rows below its own, so that
-nobody knows who stands above or beside. The rooms of a library, its own folders, keep such an order
-too.
+nobody knows who stands above or beside. The rooms of a library, which are its own folders, keep such
+an order too.
 """
 from __future__ import annotations
 
@@ -21,9 +21,14 @@ LAYERS = [
     {"shell", "commands", "local", "transfer", "dialogs"},
     {"module"},
 ]
-# The rooms of a library, from the bottom.
-ROOMS = {"vfs_quilldeck": ["wire", "transfer", "session", "items"]}
+ROOMS = {
+    "vfs_quilldeck": [{"wire"}, {"transfer"}, {"session"}, {"items"}],
+    "dialogs": [{"login", "properties", "sync"}],
+}
+# How high each folder stands, and each room ("dialogs/login") in its library.
 LEVEL = {folder: level for level, row in enumerate(LAYERS) for folder in row}
+ROOM_LEVEL = {f"{folder}/{room}": level for folder, rows in ROOMS.items()
+              for level, row in enumerate(rows) for room in row}
 # Numbers of resources: everybody who shows a text knows them, and they know nobody.
 FREE = {"resources"}
 # The processes beside the extension: they stand on the client library, and carry no COM.
@@ -40,14 +45,8 @@ COM_ALLOWED = {("utils", "shlobj.h")}
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 
 
-def goes_up(folder: str, room: str, target_room: str) -> bool:
-    """Whether an include of one room of a library in another is against their order."""
-    rooms = ROOMS.get(folder, [])
-    return room in rooms and target_room in rooms and rooms.index(target_room) > rooms.index(room)
-
-
 def faults_of(path: Path, folder: str, room: str) -> list[str]:
-    """What is wrong with the includes of one file in src/<folder>, or in its folder `room`."""
+    """What is wrong with the includes of one file in src/<folder>, in its room `room` if it has any."""
     found = []
     for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
         match = INCLUDE.match(line)
@@ -60,13 +59,15 @@ def faults_of(path: Path, folder: str, room: str) -> list[str]:
                     and (folder, header) not in COM_ALLOWED):
                 found.append(f"{where}: {folder}/ stands below com/ and may not include <{header}>")
             continue
-        target = header.split("/")[0] if "/" in header else None
-        if target is None:
+        target, *rest = header.split("/")
+        target_room = f"{target}/{rest[0]}" if rest else ""
+        if not rest:
             found.append(f'{where}: write "{folder}/{header}", from src/ on')
-        elif target == folder and goes_up(folder, room, header.split("/")[1]):
-            found.append(f"{where}: {folder}/{room}/ may not use {'/'.join(header.split('/')[:2])}/")
-        elif target in FREE or target == folder:
+        elif target in FREE or target_room == room:
             continue
+        elif target == folder:
+            if room in ROOM_LEVEL and ROOM_LEVEL.get(target_room, -1) >= ROOM_LEVEL[room]:
+                found.append(f"{where}: {room}/ may not use {target_room}/")
         elif target not in LEVEL:
             found.append(f"{where}: there is no folder src/{target}")
         elif LEVEL[target] >= LEVEL[folder]:
@@ -80,14 +81,16 @@ def main() -> int:
     for path in sorted(source.rglob("*")):
         if path.suffix not in (".h", ".cpp"):
             continue
-        folder, room = path.relative_to(source).parts[:2]
+        folder, inner = path.relative_to(source).parts[:2]
         if folder in FREE:
             continue
         if folder not in LEVEL:
             found.append(f"{path}: src/{folder} has no place among the layers")
             continue
-        if folder in ROOMS and room not in ROOMS[folder]:
-            found.append(f"{path}: {folder}/ keeps its files in {', '.join(ROOMS[folder])}")
+        room = f"{folder}/{inner}"
+        if folder in ROOMS and room not in ROOM_LEVEL:
+            rooms = ", ".join(sorted(set().union(*ROOMS[folder])))
+            found.append(f"{path}: {folder}/ keeps its files in {rooms}")
         found += faults_of(path, folder, room)
     print("\n".join(found), end="\n" if found else "")
     return 1 if found else 0

@@ -23,17 +23,9 @@ check() {
 check_format() { cpp_files | xargs -r clang-format-19 --dry-run -Werror; }
 check_scripts() { shell_files | xargs shellcheck -x -P SCRIPTDIR -P "$ROOT"; }
 check_python() { mypy --cache-dir build/mypy --no-error-summary; }
-configure() {
-    local preset
-    for preset in checked release; do
-        cmake --preset "$preset" >"$CACHE/configure.log" 2>&1 || {
-            cat "$CACHE/configure.log" >&2
-            return 1
-        }
-    done
-}
+configure() { for preset in checked release win32; do cmake_configure "$preset" || return; done; }
 check_code() { "$PYTHON" tools/build/tidy.py --cache "$CACHE/tidy" build/checked build/release; }
-check_32_bits() { "$PYTHON" tools/build/compile32.py --cache "$CACHE/compile32" build/checked; }
+check_32_bits() { cmake --build --preset win32 >&2; }
 
 check format check_format
 check layers "$PYTHON" tools/build/layers.py
