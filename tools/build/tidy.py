@@ -2,16 +2,19 @@
 
     tidy.py --cache FOLDER BUILD [BUILD ...]
 
-A source that passed is remembered by a hash of everything that decides the result: the source, our
-headers that it includes, its compile command, the settings and the program's version.
+A source that passed is remembered by a hash of everything that decides the result: the source, all
+headers that it includes out of the folders that its compile command names, that command, the settings,
+and the versions of the program and of the system's own headers.
 """
 from __future__ import annotations
 
 import argparse
+import functools
 import hashlib
 import json
 import os
 import re
+import shlex
 import subprocess
 import sys
 from concurrent.futures import ThreadPoolExecutor
@@ -20,35 +23,61 @@ from pathlib import Path
 TIDY = "clang-tidy-19"
 ROOT = Path(__file__).resolve().parents[2]
 FOLDERS = ("src", "tests", "tools", "bench", "fuzz")
-INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
+INCLUDE = re.compile(rb'^\s*#\s*include\s*(["<])([^">]+)[">]', re.MULTILINE)
+INCLUDE_OPTIONS = ("-I", "-isystem", "-iquote")
+# The headers that no command names.
+SYSTEM = ("g++-mingw-w64-x86-64-posix-runtime", "mingw-w64-common", "mingw-w64-x86-64-dev")
 # The compile commands are g++'s: clang does not know all its warnings and options.
 EXTRA = ("--target=x86_64-w64-mingw32", "-Wno-unknown-warning-option",
          "-Wno-unused-command-line-argument")
 
 
-def closure(source: Path) -> list[Path]:
-    """The source and all headers of ours that it reaches."""
-    seen: set[Path] = set()
+def include_folders(command: str, folder: Path) -> tuple[Path, ...]:
+    """Where a command that runs in `folder` looks for headers, in its order."""
+    found = []
+    words = iter(shlex.split(command))
+    for word in words:
+        option = next((option for option in INCLUDE_OPTIONS if word.startswith(option)), None)
+        if option:
+            found.append((folder / (word[len(option):] or next(words))).resolve())
+    return tuple(found)
+
+
+@functools.cache
+def find(name: str, folders: tuple[Path, ...]) -> Path | None:
+    """The first file of that name; none is one of the system's headers."""
+    return next((path.resolve() for folder in folders if (path := folder / name).is_file()), None)
+
+
+@functools.cache
+def look_into(path: Path, folders: tuple[Path, ...]) -> tuple[bytes, tuple[Path, ...]]:
+    """The hash of a file, and the headers that it names, whether or not its conditions are met."""
+    data = path.read_bytes()
+    headers = (find(name.decode(), (path.parent, *folders) if quote == b'"' else folders)
+               for quote, name in INCLUDE.findall(data))
+    return hashlib.sha256(data).digest(), tuple(header for header in headers if header)
+
+
+def closure(source: Path, folders: tuple[Path, ...]) -> dict[Path, bytes]:
+    """The source and all headers that it reaches, with their hashes."""
+    seen: dict[Path, bytes] = {}
     todo = [source]
     while todo:
         path = todo.pop()
-        if path in seen:
-            continue
-        seen.add(path)
-        for name in INCLUDE.findall(path.read_text(encoding="utf-8")):
-            todo += [candidate for folder in (path.parent, ROOT / "src", ROOT)
-                     if (candidate := (folder / name).resolve()).is_file()]
-    return sorted(seen)
+        if path not in seen:
+            seen[path], headers = look_into(path, folders)
+            todo += headers
+    return seen
 
 
-def key(source: Path, command: str, version: str) -> str:
+def key(source: Path, command: str, folder: Path, version: str) -> str:
     """The hash that stands for the result, the same in every clone."""
     digest = hashlib.sha256()
     for part in (version, command.replace(str(ROOT), "."), repr(EXTRA),
                  (ROOT / ".clang-tidy").read_text(encoding="utf-8")):
         digest.update(part.encode() + b"\0")
-    for path in closure(source):
-        digest.update(str(path.relative_to(ROOT)).encode() + b"\0" + path.read_bytes() + b"\0")
+    for path, content in sorted(closure(source, include_folders(command, folder)).items()):
+        digest.update(str(path).replace(str(ROOT), ".").encode() + b"\0" + content)
     return digest.hexdigest()
 
 
@@ -58,20 +87,21 @@ def main() -> int:
     parser.add_argument("builds", type=Path, nargs="+")
     arguments = parser.parse_args()
     arguments.cache.mkdir(parents=True, exist_ok=True)
-    version = subprocess.check_output([TIDY, "--version"], text=True)
+    version = "".join(subprocess.check_output(command, text=True) for command in (
+        [TIDY, "--version"], ["dpkg-query", "-W", *SYSTEM]))
 
     # A source that several trees compile is checked in the first.
-    sources: dict[Path, tuple[Path, str]] = {}
+    sources: dict[Path, tuple[Path, str, Path]] = {}
     for build in arguments.builds:
         for entry in json.loads((build / "compile_commands.json").read_text(encoding="utf-8")):
             path = Path(entry["file"]).resolve()
             if path.suffix == ".cpp" and path.is_relative_to(ROOT) and \
                     path.relative_to(ROOT).parts[0] in FOLDERS:
-                sources.setdefault(path, (build, entry["command"]))
+                sources.setdefault(path, (build, entry["command"], Path(entry["directory"])))
 
     def check(source: Path) -> bool:
-        build, command = sources[source]
-        passed = arguments.cache / key(source, command, version)
+        build, command, folder = sources[source]
+        passed = arguments.cache / key(source, command, folder, version)
         if passed.exists():
             return True
         result = subprocess.run(
