@@ -1,6 +1,7 @@
 #include "companions/companion_program.h"
 
 #include "companions/last_error.h"
+#include "utils/narrow.h"
 #include "utils/unique_handle.h"
 
 #include <shellapi.h>
@@ -79,12 +80,17 @@ int companion_main(const wchar_t* window_class, exit_code (*run)()) noexcept {
 }
 
 void show_current_failure() noexcept {
+    const auto show = [](const char* text) {
+        MessageBoxA(nullptr, text, "Quilldeck", MB_OK | MB_ICONERROR);
+    };
     try {
-        throw;
-    } catch (const std::exception& failure) {
-        MessageBoxA(nullptr, failure.what(), "Quilldeck", MB_OK | MB_ICONERROR);
+        try {
+            throw;
+        } catch (const std::exception& failure) {
+            show(utils::narrow_message(failure).c_str());
+        }
     } catch (...) {
-        MessageBoxA(nullptr, "Internal error", "Quilldeck", MB_OK | MB_ICONERROR);
+        show("Internal error");
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "ui/strings.h"
 #include "ui/visual_styles.h"
+#include "utils/narrow.h"
 #include "vfs/exceptions.h"
 
 #include <oleidl.h>
@@ -19,7 +20,7 @@ void rethrow_and_show(HWND owner, const char* caption, UINT style) {
     } catch (const vfs::exception& failure) {
         show_message(owner, failure.get_name(), failure.get_description(), MB_OK | MB_ICONSTOP);
     } catch (const std::exception& failure) {
-        MessageBoxA(owner, failure.what(), caption, style);
+        MessageBoxA(owner, utils::narrow_message(failure).c_str(), caption, style);
     } catch (...) {
         MessageBoxA(owner, "Unknown error", caption, style);
     }

@@ -2,7 +2,24 @@
 
 #include <windows.h>
 
+#include <algorithm>
+#include <filesystem>
+
 namespace utils {
+
+namespace {
+
+std::wstring widen_utf8(std::string_view text) {
+    const auto convert = [text](wchar_t* to, int room) {
+        return ::MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), to,
+                                     room);
+    };
+    std::wstring widened(static_cast<std::size_t>(convert(nullptr, 0)), L'\0');
+    convert(widened.data(), static_cast<int>(widened.size()));
+    return widened;
+}
+
+} // namespace
 
 std::string narrow(std::wstring_view text) {
     const auto convert = [text](char* to, int room) {
@@ -12,6 +29,19 @@ std::string narrow(std::wstring_view text) {
     std::string narrowed(static_cast<std::size_t>(convert(nullptr, 0)), '\0');
     convert(narrowed.data(), static_cast<int>(narrowed.size()));
     return narrowed;
+}
+
+std::string narrow_message(const std::exception& failure) {
+    const auto* const of_files = dynamic_cast<const std::filesystem::filesystem_error*>(&failure);
+    if (of_files == nullptr) {
+        return failure.what();
+    }
+    const std::string_view whole = of_files->what();
+    const std::string words = of_files->code().message();
+    const std::size_t at = std::min(whole.find(words), whole.size());
+    const std::size_t behind = std::min(at + words.size(), whole.size());
+    return narrow(widen_utf8(whole.substr(0, at))).append(whole.substr(at, behind - at)) +
+           narrow(widen_utf8(whole.substr(behind)));
 }
 
 } // namespace utils

@@ -10,6 +10,7 @@
 
 #include <shlobj.h>
 
+#include <filesystem>
 #include <functional>
 #include <stdexcept>
 #include <thread>
@@ -58,6 +59,10 @@ TEST(message, brings_each_family_of_failures_to_its_box) {
     };
     expect_box(failing(remote_failure()), L"Can’t – 言葉", L"100 %s of it", IDI_HAND, IDOK);
     expect_box(failing(std::runtime_error("where: what")), L"Caption", L"where: what", IDI_HAND,
+               IDOK);
+    expect_box(failing(std::filesystem::filesystem_error(
+                   "cannot open", L"C:\\Zoë", make_error_code(std::errc::permission_denied))),
+               L"Caption", L"filesystem error: cannot open: Permission denied [C:\\Zoë]", IDI_HAND,
                IDOK);
     expect_box(failing(7), L"Caption", L"Unknown error", IDI_HAND, IDOK);
     expect_box(
