@@ -12,7 +12,6 @@
 #include "vfs_quilldeck/session/session.h"
 #include "vfs_quilldeck/session/session_objects.h"
 
-#include <mutex>
 
 namespace shell {
 
@@ -40,11 +39,17 @@ CShellFolderImpl::CShellFolderImpl(CItemIDList root, CItemIDList path, vfs::item
     : m_root(std::move(root)), m_path(std::move(path)), m_item(std::move(item)),
       m_login_mutex(vfs_quilldeck::login_mutex_name) {}
 
+CShellFolderImpl::~CShellFolderImpl() noexcept try {
+} catch (...) {
+    // The mutex could not be closed, which is no reason to end the host.
+    return;
+}
+
 HRESULT CShellFolderImpl::ensure_connected(HWND owner, bool quiet) noexcept {
     try {
         if (!m_client) {
             const HMODULE module = utils::own_module();
-            const std::lock_guard lock(m_login_mutex);
+            const utils::mutex_hold hold(m_login_mutex);
             if (!vfs_quilldeck::is_logged_in(module) &&
                 (quiet || !get_seams().sign_in(m_login_mutex, owner))) {
                 return E_FAIL;

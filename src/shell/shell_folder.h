@@ -30,7 +30,7 @@ public:
     CShellFolderImpl();
     /// The folder `item`, reached by `path` from the namespace root, whose absolute list `root` is.
     CShellFolderImpl(CItemIDList root, CItemIDList path, vfs::item_ptr item);
-    ~CShellFolderImpl() noexcept override = default;
+    ~CShellFolderImpl() noexcept override;
 
     // IShellFolderImpl
     HRESULT STDMETHODCALLTYPE GetObject(HWND hWnd, VARIANT* ppObject) override;

@@ -37,13 +37,11 @@ binding_manager::binding_manager(std::wstring user_name, bool load)
     }
 }
 
-binding_manager::~binding_manager() {
-    try {
-        save();
-    } catch (...) {
-        // A destructor cannot tell. The file is as it was.
-        return;
-    }
+binding_manager::~binding_manager() noexcept try {
+    save();
+} catch (...) {
+    // A destructor cannot tell, be it of the save or of the mutex. The file is as it was.
+    return;
 }
 
 void binding_manager::fill(const serializer::node& tree) {

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <mutex>
 #include <string>
 
 namespace serializer {
@@ -28,7 +27,7 @@ public:
     binding_manager(const binding_manager&) = delete;
     binding_manager& operator=(const binding_manager&) = delete;
     /// Saves, in silence: whoever needs to know calls `save` before.
-    virtual ~binding_manager();
+    virtual ~binding_manager() noexcept;
 
     /// Adds the binding under the next name of a rules file, which replaces its `items_filename`.
     /// Throws `duplicated_binding_exception`.
@@ -62,7 +61,7 @@ private:
 
     std::wstring user_name_;
     utils::named_mutex mutex_;
-    std::lock_guard<utils::named_mutex> lock_;
+    utils::mutex_hold lock_;
     bool dirty_ = false;
     std::int32_t next_rules_file_id_ = 0;
     binding_set bindings_;

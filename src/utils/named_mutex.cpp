@@ -44,4 +44,12 @@ void named_mutex::unlock() {
     }
 }
 
+mutex_hold::~mutex_hold() {
+    try {
+        mutex_.unlock();
+    } catch (const system_error_exception&) {
+        return;
+    }
+}
+
 } // namespace utils

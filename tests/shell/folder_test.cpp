@@ -2,6 +2,7 @@
 #include "driven_window.h"
 #include "process_census.h"
 #include "signed_in.h"
+#include "unclosable_handle.h"
 
 #include "shell/extract_icon.h"
 #include "shell/item_properties.h"
@@ -234,6 +235,12 @@ TEST_F(desk, has_these_columns) {
 
 TEST_F(desk, costs_nothing_when_it_is_gone) {
     const auto item = parse(*drive.Get(), L"Documents");
+    {
+        // One whose mutex cannot be closed goes too.
+        const support::unclosable_handle handle;
+        const auto stuck = make_drive();
+        EXPECT_TRUE(handle.protect());
+    }
     support::process_census before;
     std::size_t memory = 0;
     for (int round = 0; round < 310; ++round) {

@@ -1,5 +1,6 @@
 #include "syncer/exceptions.h"
 #include "syncer/manager.h"
+#include "unclosable_handle.h"
 #include "user_files.h"
 #include "utils/exceptions.h"
 
@@ -84,11 +85,13 @@ TEST(binding_manager, writes_only_what_changed) {
               "<sync_bindings><next_rules_file_id>1</next_rules_file_id></sync_bindings>");
 }
 
-TEST(binding_manager, swallows_a_failed_save_only_in_its_destructor) {
+TEST(binding_manager, swallows_failures_only_in_its_destructor) {
     const test_user user;
     fs::create_directory(user.file() += L".tmp");
     {
+        const support::unclosable_handle handle;
         binding_manager manager(user.name(), true);
+        EXPECT_TRUE(handle.protect());
         manager.add_binding(backup_of(L"C:\\a", L"f"));
         EXPECT_THROW(manager.save(), std::exception);
     }

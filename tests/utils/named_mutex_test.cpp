@@ -1,4 +1,5 @@
 #include "second_process.h"
+#include "unclosable_handle.h"
 #include "utils/exceptions.h"
 #include "utils/named_mutex.h"
 
@@ -6,7 +7,6 @@
 
 #include <future>
 #include <memory>
-#include <mutex>
 
 namespace utils {
 
@@ -31,7 +31,7 @@ TEST(named_mutex, excludes_another_process_until_it_lets_go_or_dies) {
         ASSERT_EQ(other.ask("lock"), "ok");
         auto waiting = std::async(std::launch::async, [] {
             named_mutex mutex(name);
-            const std::scoped_lock guard(mutex);
+            const mutex_hold hold(mutex);
         });
         EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
         if (dies) {
@@ -43,20 +43,26 @@ TEST(named_mutex, excludes_another_process_until_it_lets_go_or_dies) {
     }
 }
 
-TEST(named_mutex, is_unlocked_as_often_as_it_was_locked) {
+TEST(named_mutex, tells_what_cannot_be_done) {
     named_mutex mutex(name);
-    mutex.lock();
-    mutex.lock();
-    mutex.unlock();
-    mutex.unlock();
-    expect_failure([&] { mutex.unlock(); }, "named_mutex::unlock()",
-                   ": ::ReleaseMutex(m_win_mutex) call returned error: ");
-}
-
-TEST(named_mutex, tells_that_the_name_is_of_something_else) {
+    {
+        const mutex_hold outer(mutex);
+        const mutex_hold inner(mutex);
+        mutex.unlock();
+        mutex.unlock();
+        expect_failure([&] { mutex.unlock(); }, "named_mutex::unlock()",
+                       ": ::ReleaseMutex(m_win_mutex) call returned error: ");
+    } // those who hold it end nevertheless
     const unique_handle event(CreateEventW(nullptr, FALSE, FALSE, L"Local\\utils_test event"));
-    expect_failure([] { named_mutex mutex(L"Local\\utils_test event"); }, "named_mutex(",
+    expect_failure([] { named_mutex of_event(L"Local\\utils_test event"); }, "named_mutex(",
                    ": ::CreateMutexW(NULL, FALSE, name) call returned error: ");
+    expect_failure(
+        [] {
+            const support::unclosable_handle handle;
+            const named_mutex stuck(name);
+            EXPECT_TRUE(handle.protect());
+        },
+        "~named_mutex(", ": ::CloseHandle(m_win_mutex) call returned error: ");
 }
 
 } // namespace

@@ -5,7 +5,6 @@
 #include "vfs_quilldeck/session/session.h"
 
 #include <atomic>
-#include <mutex>
 
 namespace dialogs {
 
@@ -32,7 +31,7 @@ bool ensure_logged_in(utils::named_mutex& mutex, HWND owner) {
     if (asking_thread == GetCurrentThreadId()) {
         return false;
     }
-    const std::lock_guard guard(mutex);
+    const utils::mutex_hold hold(mutex);
     return vfs_quilldeck::is_logged_in(utils::own_module()) || ask(owner);
 }
 
