@@ -3,6 +3,7 @@
 #include "serializer/document.h"
 #include "serializer/file_cache.h"
 #include "serializer/settings_file.h"
+#include "utils/filesystem.h"
 #include "utils/slim_lock.h"
 
 #include <chrono>
@@ -82,7 +83,7 @@ void file_serializer::save_cached(const fs::path& path, node tree, bool keep_bac
     shared_cache& cache = process_cache();
     const std::lock_guard guard(cache.cache_mutex);
     cache_entry& entry = cache.files.find(path);
-    if (entry.modified != -1 && fs::exists(path) && *entry.tree == tree) {
+    if (entry.modified != -1 && utils::filesystem::exists(path) && *entry.tree == tree) {
         // A file that somebody else wrote meanwhile is read again by the next load.
         const std::int64_t time = last_write_seconds(path);
         entry.settled = entry.is_current(time);

@@ -1,7 +1,12 @@
 #include "serializer/node.h"
 
+#include "serializer/exceptions.h"
+
+#include <algorithm>
 #include <cwchar>
+#include <cwctype>
 #include <limits>
+#include <source_location>
 #include <tuple>
 #include <utility>
 
@@ -70,12 +75,16 @@ std::int32_t node::get_child_int(std::wstring_view child_name, std::int32_t defa
     }
     // A number too large for the wider type comes out as its bound, out of range here too.
     const std::pmr::wstring& text = found->second.value;
+    const wchar_t* const end = text.c_str() + text.size();
     wchar_t* behind = nullptr;
     const long long number = std::wcstoll(text.c_str(), &behind, 10);
-    const bool is_number = !text.empty() && behind == text.c_str() + text.size() &&
-                           number >= std::numeric_limits<std::int32_t>::min() &&
-                           number <= std::numeric_limits<std::int32_t>::max();
-    return is_number ? static_cast<std::int32_t>(number) : default_value;
+    if (behind == text.c_str() || !std::all_of<const wchar_t*>(behind, end, std::iswspace) ||
+        number < std::numeric_limits<std::int32_t>::min() ||
+        number > std::numeric_limits<std::int32_t>::max()) {
+        throw wrong_format_exception(std::source_location::current().function_name(),
+                                     "Incorrect number syntax");
+    }
+    return static_cast<std::int32_t>(number);
 }
 
 } // namespace serializer

@@ -70,7 +70,8 @@ public:
     /// other and lives as long as that does.
     std::wstring_view get_child_value(std::wstring_view child_name,
                                       std::wstring_view default_value) const;
-    /// The default also stands in for a value that is not wholly a number of 32 bits.
+    /// Blanks around the number do not count. Throws `wrong_format_exception` for a value that is
+    /// no number of 32 bits: another one in its place could be written back over it.
     std::int32_t get_child_int(std::wstring_view child_name, std::int32_t default_value) const;
 };
 

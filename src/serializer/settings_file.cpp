@@ -1,6 +1,7 @@
 #include "serializer/settings_file.h"
 
 #include "serializer/exceptions.h"
+#include "utils/filesystem.h"
 #include "utils/unique_handle.h"
 
 #include <algorithm>
@@ -25,10 +26,35 @@ DWORD size_of_step(std::size_t left) {
     return static_cast<DWORD>(std::min<std::size_t>(left, std::numeric_limits<DWORD>::max()));
 }
 
+/// Scanners, backups and whoever else looks at a file for a moment stand in the way of a save, so
+/// it is tried again, for an eighth of a second in all. `attempt` answers whether it succeeded, and
+/// else leaves its reason to `GetLastError`.
+template <class Attempt>
+bool try_for_a_moment(Attempt attempt) {
+    constexpr DWORD longest_wait = 64;
+    for (DWORD wait = 1;; wait *= 2) {
+        if (attempt()) {
+            return true;
+        }
+        const DWORD error = GetLastError();
+        const bool passes = error == ERROR_SHARING_VIOLATION || error == ERROR_LOCK_VIOLATION ||
+                            error == ERROR_ACCESS_DENIED;
+        if (!passes || wait > longest_wait) {
+            SetLastError(error);
+            return false;
+        }
+        Sleep(wait);
+    }
+}
+
 void write_file(const fs::path& path, std::string_view bytes, const char* where) {
-    const utils::unique_file file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr,
+    utils::unique_file file;
+    const bool opened = try_for_a_moment([&] {
+        file = utils::unique_file(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr,
                                               CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file) {
+        return static_cast<bool>(file);
+    });
+    if (!opened) {
         throw serializer_exception(where, "Stream can not be opened for writing");
     }
     for (DWORD size = 0; !bytes.empty(); bytes.remove_prefix(size)) {
@@ -43,19 +69,11 @@ void write_file(const fs::path& path, std::string_view bytes, const char* where)
 }
 
 /// Replaces `to` by `from` in one step, so that `to` is never missing: whoever found no file would
-/// begin with empty settings. Scanners, backups and whoever else looks at either file for a moment
-/// stand in the way of that, so it is tried again, for an eighth of a second in all.
+/// begin with empty settings. The library's own call hides what kind of failure it met.
 void rename_over(const fs::path& from, const fs::path& to) {
-    constexpr DWORD longest_wait = 64;
-    std::error_code failure;
-    for (DWORD wait = 1;; wait *= 2) {
-        fs::rename(from, to, failure);
-        if (failure != std::errc::permission_denied || wait > longest_wait) {
-            break;
-        }
-        Sleep(wait);
-    }
-    if (failure) {
+    if (!try_for_a_moment(
+            [&] { return MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING); })) {
+        const std::error_code failure(static_cast<int>(GetLastError()), std::system_category());
         throw fs::filesystem_error("cannot rename", from, to, failure);
     }
 }
@@ -87,11 +105,11 @@ void replace_file(const fs::path& path, std::string_view bytes, bool keep_backup
     const fs::path backup = with_suffix(path, L".bak");
     write_file(written, bytes, where);
     fs::remove(backup);
-    if (keep_backup && fs::exists(path)) {
+    if (keep_backup && utils::filesystem::exists(path)) {
         std::error_code no_links;
         fs::create_hard_link(path, backup, no_links);
         if (no_links) {
-            fs::rename(path, backup);
+            rename_over(path, backup);
         }
     }
     rename_over(written, path);

@@ -12,7 +12,6 @@
 #include "vfs_quilldeck/session/session.h"
 #include "vfs_quilldeck/session/session_objects.h"
 
-
 namespace shell {
 
 using com::guard;
@@ -41,6 +40,7 @@ CShellFolderImpl::CShellFolderImpl(CItemIDList root, CItemIDList path, vfs::item
 
 CShellFolderImpl::~CShellFolderImpl() noexcept try {
 } catch (...) {
+
     // The mutex could not be closed, which is no reason to end the host.
     return;
 }

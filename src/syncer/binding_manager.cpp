@@ -4,6 +4,7 @@
 #include "syncer/binding_node.h"
 #include "syncer/exceptions.h"
 #include "syncer/user_directory.h"
+#include "utils/filesystem.h"
 #include "utils/narrow.h"
 
 #include <source_location>
@@ -32,14 +33,13 @@ binding_manager::binding_manager(std::wstring user_name, bool load)
         return;
     }
     const std::filesystem::path path = get_bindings_path(user_name_);
-    if (std::filesystem::exists(path)) {
+    if (utils::filesystem::exists(path)) {
         fill(*serializer::file_serializer::load_cached(path));
     }
 }
 
-binding_manager::~binding_manager() noexcept try {
-    save();
-} catch (...) {
+binding_manager::~binding_manager() noexcept try { save(); } catch (...) {
+
     // A destructor cannot tell, be it of the save or of the mutex. The file is as it was.
     return;
 }

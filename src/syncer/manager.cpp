@@ -3,6 +3,7 @@
 #include "syncer/binding_manager.h"
 #include "syncer/exceptions.h"
 #include "syncer/user_directory.h"
+#include "utils/filesystem.h"
 #include "utils/narrow.h"
 
 #include <source_location>
@@ -33,11 +34,11 @@ std::filesystem::path manager::get_files_saved_directory(const std::wstring& use
 }
 
 void manager::check_create_directory(const std::filesystem::path& path) {
-    if (std::filesystem::exists(path)) {
+    if (utils::filesystem::exists(path)) {
         return;
     }
     // Nothing is created either when another process did it at the same time.
-    if (!std::filesystem::create_directories(path) && !std::filesystem::exists(path)) {
+    if (!std::filesystem::create_directories(path) && !utils::filesystem::exists(path)) {
         throw create_directory_exception(std::source_location::current().function_name(),
                                          utils::narrow(path.native()) + " can not be created");
     }

@@ -11,25 +11,35 @@ namespace syncer {
 
 namespace {
 
-/// The platform drops blanks and dots at the end, so that two users would share a folder.
+/// The name of a folder as the platform makes it, which drops blanks and dots at its end. It does
+/// not so where the name stands within a path, and would not find the folder that it made.
+std::wstring_view folder_name_of(std::wstring_view name) {
+    return name.substr(0, name.find_last_not_of(L". ") + 1);
+}
+
 bool is_folder_name(std::wstring_view name) {
     constexpr std::wstring_view forbidden = L"<>:\"/\\|?*";
-    return !name.empty() && name.back() != L'.' && name.back() != L' ' &&
-           std::ranges::none_of(name, [forbidden](wchar_t c) {
-               return c < L' ' || forbidden.find(c) != std::wstring_view::npos;
-           });
+    return !name.empty() && std::ranges::none_of(name, [forbidden](wchar_t c) {
+        return c < L' ' || forbidden.find(c) != std::wstring_view::npos;
+    });
 }
 
 } // namespace
 
 std::filesystem::path user_directory(const std::wstring& user_name, const wchar_t* name,
                                      const char* where) {
-    const std::wstring path =
-        utils::filesystem::get_special_directory(0) + L"\\Quilldeck\\" + user_name + L"\\" + name;
-    if (!is_folder_name(user_name)) {
-        throw create_directory_exception(where, utils::narrow(path) + " can not be created");
+    const auto below = [name](std::wstring_view folder) {
+        return (utils::filesystem::get_special_directory(0) + L"\\Quilldeck\\")
+            .append(folder)
+            .append(L"\\")
+            .append(name);
+    };
+    const std::wstring_view folder = folder_name_of(user_name);
+    if (!is_folder_name(folder)) {
+        throw create_directory_exception(where,
+                                         utils::narrow(below(user_name)) + " can not be created");
     }
-    return path;
+    return below(folder);
 }
 
 } // namespace syncer

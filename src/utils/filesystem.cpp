@@ -8,6 +8,7 @@
 
 #include <array>
 #include <source_location>
+#include <system_error>
 
 namespace utils::filesystem {
 
@@ -31,6 +32,18 @@ const std::wstring& get_special_directory(int) {
     static const std::wstring directory =
         local_application_data(std::source_location::current().function_name());
     return directory;
+}
+
+bool exists(const std::filesystem::path& path) {
+    if (GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) {
+        return true;
+    }
+    const DWORD error = GetLastError();
+    if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) {
+        return false;
+    }
+    throw std::filesystem::filesystem_error(
+        "cannot look for", path, std::error_code(static_cast<int>(error), std::system_category()));
 }
 
 } // namespace utils::filesystem

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 namespace utils::filesystem {
@@ -9,5 +10,10 @@ namespace utils::filesystem {
 /// item that a window paints. The argument is kept for its callers, who all pass 0. Throws
 /// `system_error_exception`.
 const std::wstring& get_special_directory(int);
+
+/// Whether there is a file or directory. Throws `std::filesystem::filesystem_error` where that
+/// cannot be found out, which the library's own query takes for "no": whoever writes then would
+/// write over what is there.
+bool exists(const std::filesystem::path& path);
 
 } // namespace utils::filesystem

@@ -3,12 +3,14 @@
 #include <windows.h>
 
 #include <atomic>
+#include <utility>
 
 namespace {
 
 std::atomic<int> armed_number;
 std::atomic<int> calls_made;
 std::atomic<support::mishap> armed_mishap;
+std::function<void()> sleep_action;
 
 /// Counts a call; whether it fails.
 bool next_call_fails() {
@@ -31,6 +33,13 @@ HANDLE failure_of(HANDLE) {
 }
 
 /// Stands in an import slot of this program for as long as it runs.
+template <class Function>
+void put(Function* slot, Function function) {
+    DWORD protection = 0;
+    VirtualProtect(static_cast<void*>(slot), sizeof(*slot), PAGE_READWRITE, &protection);
+    *slot = function;
+}
+
 template <auto Slot>
 struct caught;
 
@@ -44,9 +53,7 @@ struct caught<Slot> {
 
     static void install() {
         real = *Slot;
-        DWORD protection = 0;
-        VirtualProtect(static_cast<void*>(Slot), sizeof(*Slot), PAGE_READWRITE, &protection);
-        *Slot = &call;
+        put(Slot, &call);
     }
 };
 
@@ -66,6 +73,8 @@ extern decltype(&DeleteFileW) __imp_DeleteFileW;
 extern decltype(&CreateHardLinkW) __imp_CreateHardLinkW;
 extern decltype(&MoveFileExW) __imp_MoveFileExW;
 extern decltype(&CreateDirectoryW) __imp_CreateDirectoryW;
+extern decltype(&GetFileAttributesW) __imp_GetFileAttributesW;
+extern decltype(&Sleep) __imp_Sleep;
 }
 
 namespace support {
@@ -85,6 +94,27 @@ void arm_file_calls(int number, mishap what) {
 int disarm_file_calls() {
     armed_number = 0;
     return calls_made;
+}
+
+void refuse_attributes(bool refuse) {
+    static const auto real = __imp_GetFileAttributesW;
+    const auto refusal = [](LPCWSTR) -> DWORD {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return INVALID_FILE_ATTRIBUTES;
+    };
+    put(&__imp_GetFileAttributesW, refuse ? refusal : real);
+}
+
+void before_next_sleep(std::function<void()> action) {
+    static const auto real = __imp_Sleep;
+    sleep_action = std::move(action);
+    put(
+        &__imp_Sleep, +[](DWORD milliseconds) {
+            if (const auto next = std::exchange(sleep_action, nullptr)) {
+                next();
+            }
+            real(milliseconds);
+        });
 }
 
 } // namespace support

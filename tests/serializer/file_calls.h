@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 namespace support {
 
 /// What happens at a call that changes files, be it made by our code or by a library's: it fails as
@@ -12,5 +14,11 @@ void arm_file_calls(int number, mishap what);
 
 /// Ends that. Returns how many calls there were.
 int disarm_file_calls();
+
+/// From now on nobody may ask for the attributes of files, or may again.
+void refuse_attributes(bool refuse);
+
+/// Calls `action` before the next `Sleep` of this process.
+void before_next_sleep(std::function<void()> action);
 
 } // namespace support

@@ -120,6 +120,24 @@ TEST_F(file_serializer_test, keeps_the_old_file_or_the_new_one_at_a_full_disk) {
     }
 }
 
+TEST_F(file_serializer_test, waits_for_who_holds_a_file_for_a_moment) {
+    for (const auto* suffix : {L"", L".tmp"}) {
+        save(L"old");
+        auto holder = hold(file(suffix), 0);
+        support::before_next_sleep([&] { holder.reset(); });
+        save(L"new");
+        EXPECT_FALSE(holder);
+        EXPECT_EQ(load(), make_tree(L"new"));
+    }
+    {
+        const auto holder = hold(file(), FILE_SHARE_READ);
+        EXPECT_THROW(save(L"newer"), fs::filesystem_error);
+    }
+    EXPECT_EQ(load(), make_tree(L"new"));
+    save(L"newer");
+    EXPECT_EQ(load(), make_tree(L"newer"));
+}
+
 TEST_F(file_serializer_test, reads_and_writes_only_what_changed) {
     using std::chrono::hours;
     const std::tuple<const char*, hours, const wchar_t*> cases[] = {

@@ -88,9 +88,13 @@ TEST(node, finds_the_first_child_of_a_name) {
     EXPECT_EQ(tree.get_child_value(L"n", L"none"), L"3");
     EXPECT_EQ(tree.get_child_value(L"m", L"none"), L"none");
     EXPECT_EQ(tree.get_child_int(L"low", 7), -2147483647 - 1);
-    for (const auto* text : {L"", L"x", L"1x", L"2147483648", L"99999999999999999999"}) {
+    EXPECT_EQ(tree.get_child_int(L"none", 7), 7);
+    tree.set_child_value(L"low", L"2147483647 \r\n");
+    EXPECT_EQ(tree.get_child_int(L"low", 7), 2147483647);
+    for (const auto* text :
+         {L"", L" ", L"x", L"1x", L"1 2", L"2147483648", L"-99999999999999999999"}) {
         tree.set_child_value(L"odd", text);
-        EXPECT_EQ(tree.get_child_int(L"odd", -7), -7) << text;
+        EXPECT_THROW(tree.get_child_int(L"odd", -7), wrong_format_exception) << text;
     }
 }
 

@@ -1,3 +1,4 @@
+#include "file_calls.h"
 #include "serializer/exceptions.h"
 #include "syncer/exceptions.h"
 #include "syncer/manager.h"
@@ -92,7 +93,10 @@ TEST(binding_file, is_never_overwritten_when_it_cannot_be_read) {
     const std::string whole = user.bytes();
     for (const std::string& text :
          {std::string(), whole.substr(0, whole.size() - 1), whole.substr(0, whole.size() / 2),
-          file_of(element("", "")), std::string("\xFF\xFE<\0", 4)}) {
+          file_of(element("", "")), std::string("\xFF\xFE<\0", 4),
+          file_of("<next_rules_file_id>7x</next_rules_file_id>"),
+          file_of(element("<_type>temporary</_type>")), file_of(element("<_mode></_mode>")),
+          file_of(element("", "<rule><can_upload>1 1</can_upload></rule>"))}) {
         user.write(text);
         expect_untouched(std::in_place_type<serializer::wrong_format_exception>);
     }
@@ -109,6 +113,9 @@ TEST(binding_file, is_never_overwritten_when_it_cannot_be_read) {
             CreateFileW(user.file().c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
         expect_untouched(std::in_place_type<serializer::serializer_exception>);
     }
+    support::refuse_attributes(true);
+    expect_untouched(std::in_place_type<std::filesystem::filesystem_error>);
+    support::refuse_attributes(false);
     EXPECT_EQ(user.bytes(), whole);
     EXPECT_EQ(manager::get_bindings(user.name()).size(), 1u);
 }

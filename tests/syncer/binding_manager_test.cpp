@@ -108,8 +108,13 @@ TEST(manager, makes_the_directories_of_a_user) {
     EXPECT_THROW(manager::check_create_directory(saved / "file" / "below"), fs::filesystem_error);
     manager::check_create_directory(saved / "a" / "b");
     EXPECT_TRUE(fs::is_directory(saved / "a" / "b"));
-    // Names that would lead elsewhere, or two users into one folder.
-    for (const auto* name : {L"", L"..", L"a/b", L"C:", L"ann.", L"ann ", L"a*"}) {
+    for (const auto* name : {L"John Smith Jr.", L"ann .. "}) {
+        binding_manager(name, true).add_binding(backup_of(L"C:\\a", L"f"));
+        EXPECT_EQ(manager::get_bindings(name).size(), 1u) << name;
+        fs::remove_all(binding_manager::get_bindings_path(name).parent_path().parent_path());
+    }
+    // Names that no folder has, some of which would lead elsewhere.
+    for (const auto* name : {L"", L"..", L" . ", L"a/b", L"C:", L"a*"}) {
         expect_failure<create_directory_exception>(
             [name] { binding_manager::get_bindings_path(name); },
             "static std::filesystem::", "settings can not be created");
