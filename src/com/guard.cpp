@@ -4,7 +4,7 @@
 
 namespace com {
 
-HRESULT status_of_current_exception() noexcept {
+HRESULT status_of_current_exception(HRESULT otherwise) noexcept {
     try {
         throw;
     } catch (const status_exception& failure) {
@@ -12,7 +12,7 @@ HRESULT status_of_current_exception() noexcept {
     } catch (const std::bad_alloc&) {
         return E_OUTOFMEMORY;
     } catch (...) {
-        return E_FAIL;
+        return otherwise;
     }
 }
 

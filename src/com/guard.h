@@ -28,13 +28,15 @@ inline void check(HRESULT status) {
 }
 
 /// The status code of the exception that is being handled: its own for a `status_exception`,
-/// E_OUTOFMEMORY for exhausted memory, E_FAIL for all others. To be called in a handler only.
-HRESULT status_of_current_exception() noexcept;
+/// E_OUTOFMEMORY for exhausted memory, `otherwise` for all others, those of the items among them.
+/// To be called in a handler only.
+HRESULT status_of_current_exception(HRESULT otherwise = E_FAIL) noexcept;
 
 /// Runs the body of a COM method. A body without a result gives S_OK; one that returns a status
-/// code gives that; an exception of any kind is translated.
+/// code gives that; an exception of any kind is translated, to `otherwise` if it has no status of
+/// its own.
 template <class Body>
-HRESULT guard(Body&& body) noexcept {
+HRESULT guard(HRESULT otherwise, Body&& body) noexcept {
     try {
         if constexpr (std::is_void_v<std::invoke_result_t<Body>>) {
             std::forward<Body>(body)();
@@ -43,8 +45,14 @@ HRESULT guard(Body&& body) noexcept {
             return std::forward<Body>(body)();
         }
     } catch (...) {
-        return status_of_current_exception();
+        return status_of_current_exception(otherwise);
     }
+}
+
+/// The same with E_FAIL.
+template <class Body>
+HRESULT guard(Body&& body) noexcept {
+    return guard(E_FAIL, std::forward<Body>(body));
 }
 
 /// What a pointer argument points at. Throws E_POINTER for null.

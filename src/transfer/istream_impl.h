@@ -1,5 +1,7 @@
 #pragma once
 
+#include "com/class_ids.h"
+
 #include <unknwn.h>
 
 namespace transfer {
@@ -23,5 +25,7 @@ struct IStreamImpl : IUnknown {
 
 } // namespace transfer
 
-__CRT_UUID_DECL(transfer::IStreamImpl, 0xb1dcc031, 0xfafe, 0x45c0, 0x89, 0x9e, 0xf6, 0x93, 0x5b,
-                0x58, 0x68, 0x94)
+template <>
+constexpr const GUID& __mingw_uuidof<transfer::IStreamImpl>() {
+    return com::IID_IStreamImpl;
+}
