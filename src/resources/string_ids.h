@@ -5,12 +5,53 @@
 #define IDS_NEW_PROFILE_ERROR 1012
 #define IDS_NEW_PROFILE_CREATED 1013
 
+// Questions before items are deleted: captions, and texts for the Trash and for good.
+#define IDS_DELETE_FILE 1200
+#define IDS_FILE_TO_TRASH 1201
+#define IDS_DELETE_FOLDER 1202
+#define IDS_FOLDER_TO_TRASH 1203
+#define IDS_DELETE_ITEMS 1204
+#define IDS_ITEMS_TO_TRASH 1205
+#define IDS_FILE_FOR_GOOD 1206
+#define IDS_ITEMS_FOR_GOOD 1207
+#define IDS_FOLDER_FOR_GOOD 1208
+
 // Titles of the columns.
 #define IDS_COLUMN_NAME 1210
 #define IDS_COLUMN_TYPE 1211
 #define IDS_COLUMN_SIZE 1212
 #define IDS_COLUMN_DATE_ACCESSED 1213
 #define IDS_COLUMN_DATE_MODIFIED 1214
+
+// What the progress dialog of a transfer shows.
+#define IDS_COPY_TO 1300
+#define IDS_MOVING 1301
+#define IDS_MOVING_ITEM 1302
+#define IDS_COPYING 1303
+#define IDS_COPYING_ITEM 1304
+
+// Questions of a transfer: captions, each with its text.
+#define IDS_CONFIRM_REPLACE 1320
+#define IDS_REPLACE_FILE 1321
+#define IDS_CONFIRM_MERGE 1322
+#define IDS_MERGE_FOLDER 1323
+
+// Failures of a transfer: captions with the texts that belong to them, then those of its steps.
+#define IDS_CREATING_FOLDER_FAILED 1350
+#define IDS_FOLDER_NOT_CREATED 1351
+#define IDS_CREATING_FILE_FAILED 1352
+#define IDS_FILE_NOT_CREATED 1353
+#define IDS_TRANSFER_ERROR 1354
+#define IDS_CREATE_FAILED 1355
+#define IDS_READ_FAILED 1356
+#define IDS_WRITE_FAILED 1357
+#define IDS_CLOSE_FAILED 1359
+#define IDS_COPY_FAILED 1361
+#define IDS_REFRESH_FAILED 1362
+#define IDS_MEASURE_FAILED 1363
+#define IDS_OVERWRITE_FAILED 1364
+#define IDS_FILE_CHANGED 1370
+#define IDS_NOTHING_WRITTEN 1371
 
 // Failures of a stream over a file of the store: the caption, and a text for each operation.
 #define IDS_STREAM_ERROR 1400
@@ -19,3 +60,10 @@
 #define IDS_STREAM_WRITE_FAILED 1403
 #define IDS_STREAM_SEEK_FAILED 1404
 #define IDS_STREAM_CLOSE_FAILED 1405
+
+// Deleting: what the progress dialog shows, and its failures.
+#define IDS_DELETING_ITEM 1803
+#define IDS_DELETING 1804
+#define IDS_PREPARING_DELETE 1805
+#define IDS_DELETE_ERROR 1850
+#define IDS_DELETE_FAILED 1856
