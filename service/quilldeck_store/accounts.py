@@ -11,15 +11,18 @@ import sqlite3
 import time
 from dataclasses import dataclass
 
-from .database import insert
+from .database import Database, insert
 from .names import key
 from .wire import Failure
 
 _SCRYPT = {"n": 1 << 14, "r": 8, "p": 1, "maxmem": 64 << 20}
 _USER_NAME = re.compile(r"[A-Za-z][A-Za-z0-9._-]{1,31}")
-_NOT_IN_EMAIL = set(" #!?&\\|/<>\n\r")
+_NOT_IN_EMAIL = set(" #!?&\\|/<>\n\r,;:\"()[]")
 MIN_PASSWORD = 4
+MAX_PASSWORD = 256
 SESSION_IDLE_SECONDS = 180 * 86400
+MAX_SESSIONS = 1000
+"""Of one account; a new one beyond it ends the one that was unused for longest."""
 
 
 @dataclass(frozen=True)
@@ -90,37 +93,56 @@ def _nobody() -> str:
 
 
 def is_email(text: str) -> bool:
-    """The same test of an address that the client makes."""
-    if len(text) < 5 or _NOT_IN_EMAIL & set(text) or text.find("@") < 1:
+    """The test of an address that the client makes, kept to what is one address in a letter."""
+    if not 5 <= len(text) <= 254 or not text.isascii() or not text.isprintable():
+        return False
+    if _NOT_IN_EMAIL & set(text) or text.find("@") < 1 or text.count("@") > 1:
         return False
     dot = text.find(".", text.find("@"))
     return dot >= 0 and dot < len(text) - 1
 
 
 def create_user(db: sqlite3.Connection, name: str, password_hash: str, email: str,
-                first_name: str, last_name: str, quota: int) -> int:
-    """Adds an account and returns its number; sharings that wait for its address begin."""
+                first_name: str, last_name: str, quota: int, proven: bool = False) -> int:
+    """Adds an account and returns its number. Who has `proven` to receive letters at the address
+    takes it from an account that only claimed it."""
     if not _USER_NAME.fullmatch(name):
         raise Failure("Wrong user name", "A user name has 2 to 32 letters, digits, dots, hyphens "
                       "or underscores and begins with a letter.")
     if _name_taken(db, name):
         raise Failure("User name taken", f"The user name '{name}' is taken.", kind=1)
+    if email and proven:
+        db.execute("UPDATE users SET email = '', email_key = '' WHERE email_key = ? "
+                   "AND email_proven = 0", (key(email),))
     if email and db.execute("SELECT 1 FROM users WHERE email_key = ?", (key(email),)).fetchone():
         raise Failure("Address taken", f"There is already an account for '{email}'.", kind=1)
     now = int(time.time())
-    user_id = insert(
+    return insert(
         db, "INSERT INTO users(name, name_key, password, email, email_key, first_name, last_name, "
-        "quota, created) VALUES (?,?,?,?,?,?,?,?,?)",
-        (name, key(name), password_hash, email, key(email), first_name, last_name, quota,
-         now))
-    db.execute("INSERT INTO shares(dir_id, owner_id, with_id, mode, created) "
-               "SELECT dir_id, owner_id, ?, 0, ? FROM invitations WHERE email_key = ?",
-               (user_id, now, key(email)))
-    db.execute("DELETE FROM invitations WHERE email_key = ?", (key(email),))
-    return user_id
+        "quota, created, email_proven) VALUES (?,?,?,?,?,?,?,?,?,?)",
+        (name, key(name), password_hash, email, key(email), first_name, last_name, quota, now,
+         int(proven and email != "")))
 
 
-def create_access(db: sqlite3.Connection, name: str, password: str | None, dir_id: int,
+def set_password(db: sqlite3.Connection, user_id: int, password_hash: str) -> None:
+    """Sets the password and ends what the old one opened: sessions, transfers, direct links."""
+    db.execute("UPDATE users SET password = ?, demo = 0 WHERE id = ?", (password_hash, user_id))
+    mine = "(SELECT id FROM transfer_accounts WHERE user_id = ?)"
+    db.execute(f"DELETE FROM sessions WHERE account_id IN {mine}", (user_id,))
+    db.execute(f"UPDATE transfer_accounts SET password = ?, link_key = ? WHERE id IN {mine}",
+               (secrets.token_hex(16), secrets.token_hex(16), user_id))
+
+
+def remove_user(db: sqlite3.Connection, user_id: int) -> None:
+    """Deletes the account with all that is its own; contents go when nobody reads them any more."""
+    for table, column in (("transfer_accounts", "user_id"), ("accesses", "owner_id"),
+                          ("shares", "owner_id"), ("shares", "with_id"), ("invitations", "owner_id"),
+                          ("items", "owner_id"), ("notifications", "user_id"),
+                          ("settings", "user_id"), ("users", "id")):
+        db.execute(f"DELETE FROM {table} WHERE {column} = ?", (user_id,))
+
+
+def create_access(db: sqlite3.Connection, name: str, password_hash: str | None, dir_id: int,
                   owner_id: int, mode: int) -> None:
     """Adds an access id that opens one folder to guests; without a password anyone who
     knows the id may come in."""
@@ -131,8 +153,7 @@ def create_access(db: sqlite3.Connection, name: str, password: str | None, dir_i
         raise Failure("Access id taken", f"'{name}' is already in use.", kind=1)
     db.execute("INSERT INTO accesses(name, name_key, password, dir_id, owner_id, mode, created) "
                "VALUES (?,?,?,?,?,?,?)",
-               (name, key(name), None if password is None else hash_password(password), dir_id,
-                owner_id, mode, int(time.time())))
+               (name, key(name), password_hash, dir_id, owner_id, mode, int(time.time())))
 
 
 def _name_taken(db: sqlite3.Connection, name: str) -> bool:
@@ -147,11 +168,29 @@ def find_user(db: sqlite3.Connection, name: str) -> sqlite3.Row | None:
                       {"k": key(name)}).fetchone()
 
 
+def find_proven_address(db: sqlite3.Connection, email: str) -> sqlite3.Row | None:
+    """The account whose user has proven to receive letters at the address."""
+    return db.execute("SELECT * FROM users WHERE email_key = ? AND email_proven = 1 AND email <> ''",
+                      (key(email),)).fetchone()
+
+
+def checked_new_password(password: str, again: str) -> str:
+    """A password to be set, when it was given twice and is neither short nor long."""
+    if password != again:
+        raise Failure("Wrong password", "The two passwords differ.")
+    if not MIN_PASSWORD <= len(password) <= MAX_PASSWORD:
+        raise Failure("Wrong password",
+                      f"A password needs {MIN_PASSWORD} to {MAX_PASSWORD} characters.")
+    return password
+
+
 def check_password(db: sqlite3.Connection, name: str, password: str) -> tuple[int | None, int | None]:
     """(account, None) or (None, access id's number) for the right name and password."""
     user = find_user(db, name)
     access = None if user else db.execute("SELECT * FROM accesses WHERE name_key = ?",
                                           (key(name),)).fetchone()
+    if len(password) > MAX_PASSWORD:
+        raise Failure("Login failed", "The user name or the password is wrong.")
     if access and access["password"] is None and not password:
         return None, access["id"]
     stored = (user or access or {"password": None})["password"]
@@ -169,7 +208,7 @@ def open_session(db: sqlite3.Connection, user_id: int | None, access_id: int | N
         login = f"u{user_id}" if user_id is not None else f"g{access_id}"
         db.execute("INSERT INTO transfer_accounts(login, password, link_key, user_id, access_id) "
                    "VALUES (?,?,?,?,?)",
-                   (login, secrets.token_hex(16), secrets.token_hex(8), user_id, access_id))
+                   (login, secrets.token_hex(16), secrets.token_hex(16), user_id, access_id))
     row = db.execute(_PRINCIPAL + "WHERE a.user_id IS ? AND a.access_id IS ?",
                      (user_id, access_id)).fetchone()
     # The number in front is what a reader of decimal numbers takes from the token.
@@ -177,15 +216,24 @@ def open_session(db: sqlite3.Connection, user_id: int | None, access_id: int | N
     now = int(time.time())
     db.execute("INSERT INTO sessions VALUES (?,?,?,?,?,?)",
                (token, row["account_id"], pc_id, version, now, now))
+    db.execute("DELETE FROM sessions WHERE token IN (SELECT token FROM sessions WHERE account_id = ? "
+               "ORDER BY seen DESC, created DESC LIMIT -1 OFFSET ?)", (row["account_id"], MAX_SESSIONS))
     return _principal(row, token)
 
 
-def find_session(db: sqlite3.Connection, token: str, access_name: str) -> Principal:
-    """The session that a request names by `user_id` and `user_id_access`."""
-    row = db.execute(_PRINCIPAL + "JOIN sessions s ON s.account_id = a.id WHERE s.token = ?",
-                     (token,)).fetchone()
+def find_session(database: Database, token: str, access_name: str) -> Principal:
+    """The session that a request names by `user_id` and `user_id_access`; to ask for it is to use
+    it, which is noted once an hour."""
+    now = int(time.time())
+    db = database.connection()
+    session = db.execute("SELECT account_id, seen FROM sessions WHERE token = ? AND seen >= ?",
+                         (token, now - SESSION_IDLE_SECONDS)).fetchone()
+    row = session and db.execute(_PRINCIPAL + "WHERE a.id = ?", (session["account_id"],)).fetchone()
     if row is None or (row["access_name"] or "") != access_name:
         raise Failure("Not signed in", "The session is not known here. Please sign in again.")
+    if session["seen"] < now - 3600:
+        with database.transaction(write=True) as db:
+            db.execute("UPDATE sessions SET seen = ? WHERE token = ?", (now, token))
     return _principal(row, token)
 
 
@@ -198,16 +246,24 @@ def find_transfer_account(db: sqlite3.Connection, login: str, password: str) -> 
     return _principal(row, "")
 
 
-def find_by_link_key(db: sqlite3.Connection, link_key: str) -> Principal | None:
-    """The account whose links carry this key."""
-    row = db.execute(_PRINCIPAL + "WHERE a.link_key = ?", (link_key,)).fetchone()
-    return row and _principal(row, "")
+def is_current(db: sqlite3.Connection, who: Principal) -> bool:
+    """Whether a transfer session that was opened as `who` would still be let in."""
+    return db.execute("SELECT 1 FROM transfer_accounts WHERE id = ? AND password = ?",
+                      (who.account_id, who.transfer_password)).fetchone() is not None
 
 
-def touch_session(db: sqlite3.Connection, token: str) -> None:
-    """Notes that the session is in use, once an hour at most."""
-    now = int(time.time())
-    db.execute("UPDATE sessions SET seen = ? WHERE token = ? AND seen < ?", (now, token, now - 3600))
+def sign_link(link_key: str, file_id: int) -> str:
+    """What a direct link to the file carries as its proof."""
+    return hmac.digest(link_key.encode(), b"%d" % file_id, "sha256")[:16].hex()
+
+
+def find_by_link(db: sqlite3.Connection, account_id: int, file_id: int,
+                 signature: str) -> Principal | None:
+    """The account that a direct link to the file was made for, if it really was."""
+    row = db.execute(_PRINCIPAL + "WHERE a.id = ?", (account_id,)).fetchone()
+    if row is None or not hmac.compare_digest(sign_link(row["link_key"], file_id), signature):
+        return None
+    return _principal(row, "")
 
 
 def forget_idle_sessions(db: sqlite3.Connection) -> None:

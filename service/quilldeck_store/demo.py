@@ -116,7 +116,7 @@ def ensure(store: Store) -> None:
             return
         contents: dict[str, tuple[int, int]] = {}
         demo, anna = (create_user(db, name, hash_password(name), f"{name}@quilldeck.example", first,
-                                  last, store.policy.quota)
+                                  last, store.policy.quota, proven=True)
                       for name, first, last in (("demo", "Dee", "Mo"), ("anna", "Anna", "Lind")))
         own = _fill(store, db, demo, DEMO, contents)
         hers = _fill(store, db, anna, ANNA, contents)
@@ -125,7 +125,9 @@ def ensure(store: Store) -> None:
             db.execute("INSERT INTO shares(dir_id, owner_id, with_id, mode, created) VALUES (?,?,?,?,?)",
                        (hers[folder], anna, demo, mode, now()))
         create_access(db, "visitor", None, own["Pictures"], demo, 0)
-        create_access(db, "helper", "helper", own["Drop box"], demo, 1)
+        create_access(db, "helper", hash_password("helper"), own["Drop box"], demo, 1)
+        db.execute("UPDATE users SET demo = 1 WHERE id IN (?, ?)", (demo, anna))
+        db.execute("UPDATE accesses SET demo = 1 WHERE owner_id = ?", (demo,))
         for title, text, path in NOTIFICATIONS:
             db.execute("INSERT INTO notifications(user_id, title, text, url, created) VALUES (?,?,?,?,?)",
                        (demo, title, text, store.base_url + path, now()))

@@ -4,6 +4,7 @@ from __future__ import annotations
 import sqlite3
 from urllib.parse import quote
 
+from .accounts import Principal, sign_link
 from .wire import escape
 
 # One statement for each kind; a folder's signs are looked up by index for each row.
@@ -28,12 +29,13 @@ _ONE = "i.id = :id"
 
 
 class Listing:
-    """Renders items for one principal, whose links carry its own key."""
+    """Renders items for one principal, whose direct links are signed by its own key."""
 
-    def __init__(self, db: sqlite3.Connection, base_url: str, link_key: str, empty: str) -> None:
+    def __init__(self, db: sqlite3.Connection, base_url: str, who: Principal, empty: str) -> None:
         self._db = db
         self._link = f"{base_url}/l/"
-        self._direct = f"{base_url}/d/{link_key}/"
+        self._direct = f"{base_url}/d/{who.account_id}-"
+        self._key = who.link_key
         self._empty = empty
 
     def folder(self, owner_id: int, parent_id: int) -> str:
@@ -86,7 +88,8 @@ class Listing:
         temp = f"<TempLocation>{temp_location}</TempLocation>" if temp_location else ""
         return (f"<File><ID>{number}</ID><Name>{escape(name)}</Name>"
                 f"<Link>{self._link}{link_key}</Link>"
-                f"<DirectLink>{self._direct}{number}/{quote(name)}</DirectLink>"
+                f"<DirectLink>{self._direct}{sign_link(self._key, number)}/{number}/{quote(name)}"
+                "</DirectLink>"
                 f"<Location>{location}</Location>{temp}"
                 f"<Description>{escape(description)}</Description><Access>{access}</Access>"
                 f"<Price>{price:.15g}</Price><Size>{size}</Size><DateAccessed>{accessed}</DateAccessed>"

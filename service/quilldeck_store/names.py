@@ -38,6 +38,11 @@ def key(name: str) -> str:
     return name.translate(_UPPER)
 
 
+def brief(text: str) -> str:
+    """A text from outside as a message repeats it."""
+    return text if len(text) <= 80 else text[:79] + "…"
+
+
 def media(name: str) -> int:
     """1 for a picture, 2 for music, else 0, from the name's extension."""
     extension = name.rpartition(".")[2].lower()

@@ -45,7 +45,8 @@ def parse(arguments: list[str] | None = None) -> argparse.Namespace:
     group = parser.add_argument_group("bytes served by another FTPS server, whose root is DIR/transfer")
     group.add_argument("--transfer-host", metavar="URL", help="such as ftp://localhost:990")
     group.add_argument("--transfer-user", metavar="U")
-    group.add_argument("--transfer-password", metavar="P", default="")
+    group.add_argument("--transfer-password-file", type=Path, metavar="F",
+                       help="its first line is the password; others cannot see it there")
     group = parser.add_argument_group("tests")
     group.add_argument("--ready-file", type=Path, metavar="F",
                        help="written as JSON once both ports serve")
@@ -56,4 +57,10 @@ def parse(arguments: list[str] | None = None) -> argparse.Namespace:
     if bool(options.transfer_host) != bool(options.transfer_user):
         parser.error("--transfer-host and --transfer-user go together")
     options.data = options.data.absolute()
+    options.transfer_password = ""
+    if options.transfer_password_file:
+        try:
+            options.transfer_password = options.transfer_password_file.read_text().split("\n")[0]
+        except (OSError, UnicodeError) as error:
+            parser.error(f"cannot read {options.transfer_password_file}: {error}")
     return options

@@ -5,6 +5,7 @@ import argparse
 import asyncio
 import contextlib
 import errno
+import ipaddress
 import json
 import logging
 import os
@@ -19,7 +20,8 @@ from . import certificate, demo
 from .control import Control
 from .faults import FaultList
 from .ftp_process import FtpOptions, FtpProcess
-from .https_server import HttpsService, tls_context
+from .door import KEPT_SECONDS, Doors
+from .https_server import HttpsService, QuietAboutPeers, tls_context
 from .request_log import RequestLog
 from .store import Policy, Store, Transfer
 
@@ -103,11 +105,14 @@ async def _serve(options: argparse.Namespace, store: Store, service: HttpsServic
 
     if ftp:
         loop.add_reader(ftp.sentinel, ftp_ended, ftp.sentinel)
-    runner = web.AppRunner(service.app, access_log=None, keepalive_timeout=600)
+    http_log = logging.getLogger("quilldeck.http")
+    http_log.addFilter(QuietAboutPeers())
+    # The doors end what is idle; the library need not.
+    runner = web.AppRunner(service.app, access_log=None, keepalive_timeout=2 * KEPT_SECONDS,
+                           logger=http_log)
     await runner.setup()
-    context = tls_context(str(cert), options.tls_max)
-    for listening in sockets:
-        await web.SockSite(runner, listening, ssl_context=context, shutdown_timeout=1).start()
+    assert runner.server is not None
+    service.doors.listen(sockets, runner.server)
     if options.ready_file:
         _write_ready_file(options.ready_file, {
             "pid": os.getpid(), "https_url": store.base_url, "ftp_url": store.transfer.url,
@@ -122,8 +127,32 @@ async def _serve(options: argparse.Namespace, store: Store, service: HttpsServic
             await loop.run_in_executor(None, store.collect)
     if ftp:
         loop.remove_reader(ftp.sentinel)
+    service.doors.close()
+    await runner.server.shutdown(1)
     await runner.cleanup()
     return code
+
+
+def _is_loopback(host: str | None) -> bool:
+    try:
+        return host in (None, "localhost") or ipaddress.ip_address(host or "").is_loopback
+    except ValueError:
+        return False
+
+
+def _refuse_demo_accounts(options: argparse.Namespace, store: Store) -> None:
+    """Everybody knows their passwords."""
+    if _is_loopback(options.host):
+        return
+    db = store.db.connection()
+    names = [f"{kind} {row['name']}" for kind, table in (("remove-access", "accesses"),
+                                                         ("remove-user", "users"))
+             for row in db.execute(f"SELECT name FROM {table} WHERE demo = 1")]
+    if options.demo or names:
+        store.close()
+        raise StartError("Demo accounts are for this machine only, and --host opens the store to "
+                         "others. " + (f"Use quilldeck_admin.py first: {', '.join(names)}."
+                                       if names else "Leave --demo out."))
 
 
 def run(options: argparse.Namespace) -> int:
@@ -134,6 +163,7 @@ def run(options: argparse.Namespace) -> int:
     own_ftp = [] if options.transfer_host else _listen(options.host, options.ftp_port, "FTP")
     store = Store(options.data, bool(options.transfer_host), Policy(
         options.quota, options.upload_limit, options.download_limit, not options.no_sign_up))
+    _refuse_demo_accounts(options, store)
     cert = certificate.ensure(options.data / "service.pem", options.public_host)
     store.base_url = f"https://{options.public_host}:{https[0].getsockname()[1]}"
     if options.demo:
@@ -150,10 +180,11 @@ def run(options: argparse.Namespace) -> int:
                                     options.passive_ports), own_ftp, https)
         store.end_writers = ftp.end_writers
     faults = FaultList()
+    doors = Doors(tls_context(str(cert), options.tls_max))
     log = RequestLog(options.test_control, options.request_log)
     control = Control(store, log, faults, ftp) if options.test_control else None
     try:
-        return asyncio.run(_serve(options, store, HttpsService(store, log, control, faults), https,
+        return asyncio.run(_serve(options, store, HttpsService(store, log, control, faults, doors), https,
                                   cert, ftp))
     finally:
         if ftp:

@@ -10,9 +10,11 @@ from pathlib import Path
 from typing import TextIO
 
 from .accounts import Principal, forget_idle_sessions
+from .backup import nothing_thrown_away
 from .contents import CLOSING, LOCATION, Contents
 from .credentials import seal
 from .database import Database
+from .limits import Limits
 
 
 LOCK_SECONDS = 2
@@ -29,6 +31,14 @@ class Transfer:
     @property
     def is_foreign(self) -> bool:
         return self.user != ""
+
+
+@dataclass
+class Caller:
+    """Who is at the other end of a connection, as far as it is known."""
+
+    address: str
+    signed_in: bool = False
 
 
 @dataclass(frozen=True)
@@ -54,26 +64,30 @@ class Store:
         self.contents = Contents(data / "transfer", foreign_transfer)
         self.thumbnails = data / "thumbnails"
         self.outbox = data / "outbox"
-        self.db = Database(data / "store.sqlite")
+        self.db = Database(data / "store.sqlite", may_change=True)
         os.chmod(data / "store.sqlite", 0o600)
         self.transfer = Transfer("")
         self.base_url = ""
+        self.limits = Limits()
         self.end_writers: Callable[[str], None] = lambda location: None
         """Ends the bundled server's transfers to an upload location, before it is read."""
         with self.db.transaction(write=True) as db:
             self.empty_location = self.contents.empty(db)
-            forget_idle_sessions(db)
             db.execute("UPDATE uploads SET closed_size = NULL WHERE closed_size = ?", (CLOSING,))
         self.collect()
 
     def collect(self) -> None:
-        """Throws away contents and uploads that nothing refers to."""
-        names = self.contents.names()
-        with self.db.transaction(write=True) as db:
-            dead = self.contents.collect(db, names)
-        for file in dead:
-            file.unlink(missing_ok=True)
-            (self.thumbnails / f"{file.name}.jpg").unlink(missing_ok=True)
+        """Throws away contents, uploads and sessions that nobody needs; nothing during a backup."""
+        with nothing_thrown_away(self.data, wait=False) as may:
+            if not may:
+                return
+            names = self.contents.names()
+            with self.db.transaction(write=True) as db:
+                forget_idle_sessions(db)
+                dead = self.contents.collect(db, names)
+            for file in dead:
+                file.unlink(missing_ok=True)
+                (self.thumbnails / f"{file.name}.jpg").unlink(missing_ok=True)
 
     def close(self) -> None:
         """Lets go of the folder; for the thread that opened the store."""

@@ -4,7 +4,7 @@ from __future__ import annotations
 import threading
 from pathlib import Path
 
-from .accounts import Principal, find_transfer_account
+from .accounts import Principal, find_transfer_account, is_current
 from .contents import EMPTY, Contents
 from .database import Database
 from .rights import may_read
@@ -28,7 +28,8 @@ class TransferGate:
         """The file of a content: one that belongs to a file within the account's reach,
         now or until a short while ago, or that the account has open."""
         with self._lock:
-            return self._contents.file(location) if self._may_read(who, location) else None
+            may = is_current(self._db, who) and self._may_read(who, location)
+            return self._contents.file(location) if may else None
 
     def _may_read(self, who: Principal, location: str) -> bool:
         row = self._db.execute("SELECT id FROM contents WHERE location = ?", (location,)).fetchone()
@@ -46,7 +47,7 @@ class TransferGate:
     def writable(self, who: Principal, location: str) -> tuple[Path, int] | None:
         """The file of the account's own open upload, and its greatest size (below 0: any)."""
         with self._lock:
-            row = self._db.execute(
+            row = is_current(self._db, who) and self._db.execute(
                 "SELECT max_bytes FROM uploads WHERE location = ? AND account_id = ? "
                 "AND closed_size IS NULL", (location, who.account_id)).fetchone()
         return (self._contents.file(location), row["max_bytes"]) if row else None

@@ -92,14 +92,24 @@ def failure_document(failure: Failure) -> bytes:
     return document(f"<Error>{fields}</Error>")
 
 
+MAX_PARAMETERS = 64
+MAX_PARAMETER = 1 << 15
+"""Characters of a value; what is kept has closer bounds of its own."""
+
+
 class Form:
     """The parameters of one request, in wire order."""
 
     def __init__(self, body: bytes) -> None:
         self.pairs: list[tuple[str, str]] = []
-        for part in body.split(b"&") if body else ():
+        parts = body.split(b"&", MAX_PARAMETERS) if body else []
+        if len(parts) > MAX_PARAMETERS:
+            raise Failure("Wrong request", "The request has too many parameters.")
+        for part in parts:
             key, _, value = part.partition(b"=")
             self.pairs.append((self._decode(key), self._decode(value)))
+        if any(len(key) + len(text) > MAX_PARAMETER for key, text in self.pairs):
+            raise Failure("Wrong request", "A value of the request is too long.")
         self._first: dict[str, str] = {}
         for name, text in self.pairs:
             self._first.setdefault(name, text)

@@ -14,7 +14,7 @@ import sys
 import tempfile
 import unittest
 from pathlib import Path
-from urllib.parse import quote
+from urllib.parse import quote, urlencode
 from xml.etree import ElementTree
 
 from Cryptodome.Cipher import Blowfish
@@ -78,9 +78,10 @@ class Service(Store):
 class Client:
     """A session of a user, a guest, or nobody; one connection."""
 
-    def __init__(self, service: Service) -> None:
+    def __init__(self, service: Service, source: str = "127.0.0.1") -> None:
         self.service = service
-        self.line = http.client.HTTPSConnection("localhost", service.port, context=TLS, timeout=60)
+        self.line = http.client.HTTPSConnection("127.0.0.1", service.port, context=TLS, timeout=60,
+                                                source_address=(source, 0))
         self.common: dict[str, str] = {}
 
     def login(self, user: str, password: str) -> None:
@@ -101,6 +102,15 @@ class Client:
     def raw(self, path: str, body: bytes) -> Node:
         self.line.request("POST", "/v1" + path, body)
         return Node.parse(self.line.getresponse().read())
+
+    def page(self, link: str, form: dict[str, str] | None = None,
+             headers: dict[str, str] | None = None) -> tuple[int, http.client.HTTPMessage, str]:
+        """What a browser gets for a link, or for a form that is sent there."""
+        self.line.request("GET" if form is None else "POST", link.split(str(self.service.port))[-1],
+                          None if form is None else urlencode(form),
+                          headers or {"Content-Type": "application/x-www-form-urlencoded"})
+        answer = self.line.getresponse()
+        return answer.status, answer.headers, answer.read().decode("utf-8", "replace")
 
     def post(self, path: str, /, **params: object) -> Node:
         body = "&".join(f"{key}={quote(str(value), safe='', errors='surrogatepass')}"
@@ -187,8 +197,8 @@ class ServiceTest(unittest.TestCase):
         cls.service = shared_service(*cls.options)
 
     def client(self, user: str = "", password: str | None = None,
-               service: Service | None = None) -> Client:
-        client = Client(service or self.service)
+               service: Service | None = None, source: str = "127.0.0.1") -> Client:
+        client = Client(service or self.service, source)
         self.addCleanup(client.line.close)
         if user:
             client.login(user, user if password is None else password)

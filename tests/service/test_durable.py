@@ -54,7 +54,7 @@ class Close(unittest.TestCase):
             self.opened.pop().close()
 
     def who(self, store: Store) -> Principal:
-        return accounts.find_session(store.db.connection(), self.token, "")
+        return accounts.find_session(store.db, self.token, "")
 
     def begin(self, store: Store, data: bytes) -> str:
         with store.db.transaction(write=True) as db:

@@ -3,7 +3,7 @@ from __future__ import annotations
 
 import ftplib
 
-from .harness import Client, Refused, Request, ServiceTest
+from .harness import ROOT, Client, Refused, Request, ServiceTest
 
 
 class Sharing(ServiceTest):
@@ -67,15 +67,86 @@ class Sharing(ServiceTest):
         with self.assertRaises(ftplib.Error):
             other.get(owner.find("new", sub)["Location"])
 
-    def test_invitation_becomes_a_share(self) -> None:
+    def letters(self, address: str) -> list[str]:
+        found = [path.read_text() for path in (self.service.data / "outbox").glob("*.eml")]
+        return [letter for letter in found if f"To: {address}\n" in letter]
+
+    def test_an_invitation_goes_to_who_has_the_letter(self) -> None:
         owner = self.fresh("host")
-        folder = owner.make("Für dich")
-        self.refused(owner, "share_folder", dir_id=folder, email="no address")
-        owner.ask("share_folder", dir_id=folder, email="guest@example.test")
-        letter, = (self.service.data / "outbox").glob("*.eml")
-        self.assertIn(b"guest@example.test", letter.read_bytes())
-        guest = self.fresh("guest")
-        self.assertEqual(guest.ask("list_shared_users").all("UserSharedFolder")[0]["Name"], "host")
+        folder = owner.make("Für <dich>")
+        for address in ("no address", "a@b.cd,e@f.gh", "a@b.cd\nBcc: e@f.gh", "a@b@c.de", "ä@b.cd"):
+            self.refused(owner, "share_folder", dir_id=folder, email=address)
+        pretender = self.fresh("guest")
+        self.assertEqual(pretender.ask("get_storage_info")["SpaceUsed"], "0")
+        self.refused(owner, "get_userid_by_email", email="guest@example.test")
+        for action in range(2):
+            owner.ask("share_folder", dir_id=folder, email="guest@example.test")
+            owner.post("/qd_email.php", dir_id=folder, email="GUEST@example.test", **owner.common)
+        letter, = self.letters("guest@example.test")
+        link = next(line for line in letter.splitlines() if "/i/" in line)
+        self.assertEqual(pretender.ask("has_share_folders").text, "False", "to claim it is no proof")
+
+        browser = self.client()
+        self.assertEqual(browser.page(link + "x")[0], 404)
+        status, _, page = browser.page(link)
+        self.assertIn("Für &lt;dich&gt;", page)
+        wrong = {"user": "<guest>", "password": "wrong"}
+        status, _, page = browser.page(link + "/accept", wrong)
+        self.assertEqual((status, page.count('role="alert"')), (422, 1))
+        self.assertIn('value="&lt;guest&gt;"', page)
+        self.assertNotIn("wrong<", page.replace("is wrong.<", ""))
+        self.assertEqual(browser.page(link + "/accept")[0], 404, "to look is no answer")
+        account = {"user": "invited", "password": "word", "again": "word"}
+        for fields in ({**account, "again": "other"}, {**account, "user": "guest"}):
+            self.assertEqual(browser.page(link + "/register", fields)[0], 422)
+        self.assertEqual(browser.page(link + "/register", account)[0], 200)
+        self.assertEqual(browser.page(link + "/register", {**account, "user": "second"})[0], 404)
+        invited = self.client("invited", "word")
+        self.assertEqual(invited.ask("list_shared_users").all("UserSharedFolder")[0]["Name"], "host")
+        self.assertEqual(pretender.ask("has_share_folders").text, "False")
+        self.assertEqual(owner.ask("get_userid_by_email", email="guest@example.test")["UserID"],
+                         invited.user_id.split("-")[0], "the address is now who has proven it")
+
+        for name, answer, shared in (("one", {"user": "guest", "password": "guest"}, "True"),
+                                     ("two", None, "True")):
+            owner.ask("share_folder", dir_id=owner.make(name), email=f"{name}@example.test")
+            link = next(line for line in self.letters(f"{name}@example.test")[0].splitlines()
+                        if "/i/" in line)
+            self.assertEqual(browser.page(link + ("/accept" if answer else "/decline"), answer or {})[0],
+                             200)
+            self.assertEqual(browser.page(link)[0], 404)
+            self.assertEqual(pretender.ask("has_share_folders").text, shared)
+        self.assertEqual(len(pretender.ask("list_shared_directories",
+                                           share_user_id=owner.user_id.split("-")[0]
+                                           ).all("SharedDirectory")), 1)
+
+    def test_what_a_view_share_and_another_account_cannot(self) -> None:
+        owner, other = self.fresh("keeper"), self.fresh("taker")
+        folder = owner.make("s")
+        picture = owner.put("p.png", (ROOT / "demo/files/pictures/tea.png").read_bytes(), folder)
+        mine = other.put("mine.png", b"mine")
+        thumbnail = {"shared_user_id": "", "file_id": picture}
+        with self.assertRaisesRegex(Refused, "access"):
+            other.post("/qd_thumbnail.php", **other.common, **thumbnail)
+        road = self.share(owner, folder, "taker", 0)
+        source, target = ({f"{side}_{name}": value for name, value in road.items()}
+                          for side in ("src", "dst"))
+        self.refused(other, "copy_file", dst_dir_id=0, **source, src_file_id=picture, move=1)
+        self.refused(other, "copy_file", dst_dir_id=folder, **target, src_file_id=mine, move=0)
+        other.ask("copy_file", dst_dir_id=0, **source, src_file_id=picture, move=0)
+        direct = other.find("p.png", folder, **road)["DirectLink"]
+        self.assertEqual(other.page(direct)[0], 200)
+
+        self.share(owner, folder, "taker", 1)
+        number, location = owner.begin("up", 3, folder)
+        owner.upload(location, b"abc")
+        self.refused(other, "close_file_upload", **road, file_id=number, temp_location=location,
+                     file_time=0, file_size=3)
+        owner.finish(number, location, 3)
+        owner.ask("delete_sharing_with_user",
+                  sharedfolder_id=owner.ask("list_share_whith_users",
+                                            dir_id=folder).all("ShareWithUser")[0]["ID"])
+        self.assertEqual(other.page(direct)[0], 404)
 
     def test_a_guest_is_kept_to_the_opened_folder(self) -> None:
         demo, visitor = self.client("demo"), self.client("visitor", "")
@@ -85,7 +156,9 @@ class Sharing(ServiceTest):
             ("list_dir", {"dir_id": documents, **road}), ("list_trash_dir", {}),
             ("list_dir", {"dir_id": documents, "access_dir_id": documents}),
             ("share_folder", {"dir_id": pictures, "email": "a@b.cd"}),
-            ("get_pro_settings", {}), ("list_shared_users", {})]
+            ("get_pro_settings", {}), ("list_shared_users", {}),
+            ("get_userid_by_name", {"name": "anna"}),
+            ("get_userid_by_email", {"email": "anna@quilldeck.example"})]
         for action, params in requests:
             self.refused(visitor, action, **params)
         visitor.common["user_id_access"] = ""

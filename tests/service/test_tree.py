@@ -49,16 +49,42 @@ class Tree(ServiceTest):
         text = client.find("Plan.pdf", client.find("Documents")["ID"])
         with self.assertRaises(Refused):
             client.post("/qd_thumbnail.php", **client.common, shared_user_id="", file_id=text["ID"])
+        other = text["DirectLink"].replace(f"/{text['ID']}/", f"/{tea['ID']}/")
+        self.assertNotEqual(other, text["DirectLink"])
         for link, status in ((tea["Link"], 200), (tea["DirectLink"], 206), (music["Link"], 404),
-                             (text["DirectLink"].replace("/d/", "/d/0"), 404)):
-            client.line.request("GET", link.split(str(self.service.port))[1],
-                                headers={"Range": "bytes=1-3"} if status == 206 else {})
-            answer = client.line.getresponse()
-            body = answer.read()
-            self.assertEqual(answer.status, status, link)
-            self.assertTrue(status != 206 or body == b"PNG")
+                             (text["Link"], 404), (text["DirectLink"].replace("/d/", "/d/0"), 404),
+                             (other, 404), ("/l/none", 404), ("/none", 404)):
+            ranged = {"Range": "bytes=1-3"} if status == 206 else {}
+            found, headers, body = client.page(link, headers=ranged)
+            self.assertEqual(found, status, link)
+            self.assertTrue(status != 206 or body == "PNG")
+            self.assertEqual(headers["Referrer-Policy"], "no-referrer")
         with self.assertRaisesRegex(Refused, "home"):
             client.ask("remove_dir", dir_id=client.find("My files")["ID"])
+
+
+    def test_a_public_folder_shows_what_is_public(self) -> None:
+        client = self.fresh("shower")
+        folder = client.make("<b>Shown & \"more\"")
+        client.ask("set_dir_access", dir_id=folder, access=1)
+        files = {access: client.put(f"<i>{access}.html", b"<script>alert(1)</script>", folder)
+                 for access in (0, 1, 2)}
+        for access, number in files.items():
+            client.ask("set_file_access", file_id=number, access=access)
+        status, headers, page = client.page(client.find("<b>Shown & \"more\"")["Link"])
+        self.assertEqual([page.count(f"&lt;i&gt;{access}.html") for access in files], [0, 1, 0])
+        for unwanted in ("<b>", "<i>", "<script"):
+            self.assertNotIn(unwanted, page)
+        self.assertRegex(headers["Content-Security-Policy"], "default-src 'none'.*frame-ancestors 'none'")
+        for access, expected in ((0, 404), (1, 200), (2, 200)):
+            link = client.find(f"<i>{access}.html", folder)["Link"]
+            status, headers, body = client.page(link)
+            self.assertEqual(status, expected)
+            if status == 200:
+                self.assertTrue(headers["Content-Security-Policy"].startswith("sandbox;"))
+                self.assertEqual(headers["X-Content-Type-Options"], "nosniff")
+        client.ask("move_dir_to_trash", dir_id=folder)
+        self.assertEqual([client.page(link)[0]], [404], "what lies in the Trash is shown to nobody")
 
 
 class Requests(ServiceTest):

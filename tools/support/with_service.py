@@ -94,9 +94,12 @@ def run(command: list[str], folder: Path, vsftpd: bool, tls_max: str) -> int:
         if vsftpd:
             (folder / "vsftpd").mkdir()
             server = Vsftpd(folder / "vsftpd", tls_max)
+            password = folder / "vsftpd-password"
+            password.touch(0o600)
+            password.write_text(server.password)
             second = Store(folder / "vsftpd-store", "--tls-max", tls_max, "--transfer-host",
-                           server.url, "--transfer-user", server.user, "--transfer-password",
-                           server.password)
+                           server.url, "--transfer-user", server.user, "--transfer-password-file",
+                           str(password))
             stores.append(second)
             server.start(Path(second.facts["incoming"]))
             environment |= {"QUILLDECK_TEST_VSFTPD_HTTPS_URL": second.facts["https_url"],

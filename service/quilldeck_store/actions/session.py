@@ -1,46 +1,10 @@
 """Signing in and coming back."""
 from __future__ import annotations
 
-import time
-from collections.abc import Callable
-from typing import TypeVar
-
 from ..accounts import Principal, check_password, open_session
-from ..names import key
 from ..store import Store
-from ..wire import Failure, elements
+from ..wire import elements
 from .table import Mode, Request, action
-
-T = TypeVar("T")
-
-
-class _Attempts:
-    """Slows down who tries passwords: so many wrong ones for a name, then a minute's rest."""
-
-    def __init__(self, allowed: int, seconds: float) -> None:
-        self._allowed = allowed
-        self._seconds = seconds
-        self._wrong: dict[str, list[float]] = {}
-
-    def guard(self, name: str, check: Callable[[], T]) -> T:
-        """Carries `check` out unless the name has had too many failures of late."""
-        since = time.monotonic() - self._seconds
-        recent = [at for at in self._wrong.get(name, ()) if at > since]
-        if len(recent) >= self._allowed:
-            raise Failure("Login failed", "There were too many wrong passwords for this name. "
-                          "Please try again in a minute.")
-        try:
-            result = check()
-        except Failure:
-            if len(self._wrong) > 10_000:
-                self._wrong.clear()
-            self._wrong[name] = [*recent, time.monotonic()]
-            raise
-        self._wrong.pop(name, None)
-        return result
-
-
-_attempts = _Attempts(allowed=30, seconds=60)
 
 
 def _identity(store: Store, who: Principal, key_parts: tuple[str, str, str]) -> str:
@@ -53,12 +17,14 @@ def _identity(store: Store, who: Principal, key_parts: tuple[str, str, str]) -> 
         Data=store.transfer_data(who, key_parts))
 
 
-@action("login", "user", "pass", mode=Mode.OWN, needs_session=False)
+@action("login", "user", "pass", mode=Mode.HASH)
 def login(request: Request) -> str:
     """Opens a session. The hash is computed outside of the transaction: it is slow on purpose."""
     name, password = request.form.get("user"), request.form.get("pass")
-    user_id, access_id = _attempts.guard(
-        key(name), lambda: check_password(request.db, name, password))
+    request.store.limits.passwords.spend(request.caller.address)
+    user_id, access_id = check_password(request.db, name, password)
+    request.store.limits.passwords.give_back(request.caller.address)
+    request.caller.signed_in = True
     with request.store.db.transaction(write=True) as db:
         who = open_session(db, user_id, access_id, request.form.get("pcid")[:64],
                            request.form.get("version")[:32])

@@ -4,8 +4,8 @@ from __future__ import annotations
 import sqlite3
 
 from .. import invitations
-from ..accounts import find_user, is_email
-from ..names import key
+from ..accounts import find_proven_address, is_email
+from ..names import brief, key
 from ..rights import DIRECTORY, chain, own_scope
 from ..store import now
 from ..wire import Failure, elements
@@ -14,16 +14,16 @@ from .table import Mode, Request, action
 
 def _user_reply(request: Request, name: str, by_email: bool) -> str:
     """A number that sharings name the account by; an access id shows as what it is."""
-    column = "email_key" if by_email else "name_key"
-    row = name and request.db.execute(f"SELECT id FROM users WHERE {column} = ?",
-                                      (key(name),)).fetchone()
+    own_scope(request.who)
+    row = (find_proven_address(request.db, name) if by_email else
+           request.db.execute("SELECT id FROM users WHERE name_key = ?", (key(name),)).fetchone())
     if row:
         return elements(UserID=row["id"], UserAccessID="")
     access = not by_email and request.db.execute(
         "SELECT name FROM accesses WHERE name_key = ?", (key(name),)).fetchone()
     if access:
         return elements(UserID=0, UserAccessID=access["name"])
-    raise Failure("User not found", f"There is no user '{name}'.")
+    raise Failure("User not found", f"There is no user '{brief(name)}'.")
 
 
 @action("get_userid_by_name", "name", mode=Mode.READ)
@@ -66,17 +66,15 @@ def share_with(request: Request, dir_id: int, user_id: int, mode: int) -> None:
 
 
 def invite(request: Request, item: sqlite3.Row, email: str) -> None:
-    """Shares for viewing with the address's account, now or once there is one."""
+    """Shares for viewing with the account that has proven the address, or writes to it."""
     if not is_email(email):
-        raise Failure("Sharing failed", f"'{email}' is no e-mail address.")
-    user = find_user(request.db, email)
+        raise Failure("Sharing failed", f"'{brief(email)}' is no e-mail address.")
+    user = find_proven_address(request.db, email)
     if user:
         share_with(request, item["id"], user["id"], 0)
-        return
-    request.db.execute("INSERT OR IGNORE INTO invitations VALUES (?,?,?,?)",
-                       (item["id"], request.who.user_id, key(email), now()))
-    invitations.write(request.store.outbox, request.who.name, item["name"], email,
-                      request.store.base_url)
+    else:
+        invitations.invite(request.store, request.db, request.who.user_id, request.who.name, item,
+                           email)
 
 
 def _own_share(request: Request) -> int:

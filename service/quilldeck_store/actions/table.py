@@ -7,9 +7,10 @@ from collections.abc import Callable
 from dataclasses import dataclass
 
 from .. import rights
-from ..accounts import Principal, find_session, touch_session
+from ..accounts import Principal, find_session
 from ..listing import Listing
-from ..store import Store
+from ..names import brief
+from ..store import Caller, Store
 from ..wire import Failure, Form
 
 
@@ -20,6 +21,8 @@ class Mode(enum.Enum):
     WRITE = enum.auto()
     OWN = enum.auto()
     """The action opens its own transactions, because it does slow work outside of them."""
+    HASH = enum.auto()
+    """As `OWN`; it computes a password's hash and needs no session."""
 
 
 @dataclass
@@ -28,6 +31,7 @@ class Request:
 
     store: Store
     form: Form
+    caller: Caller
     db: sqlite3.Connection
     who: Principal
 
@@ -37,7 +41,7 @@ class Request:
 
     def listing(self) -> Listing:
         """Renders items with this principal's links."""
-        return Listing(self.db, self.store.base_url, self.who.link_key, self.store.empty_location)
+        return Listing(self.db, self.store.base_url, self.who, self.store.empty_location)
 
 
 @dataclass(frozen=True)
@@ -47,39 +51,42 @@ class Action:
     body: Callable[[Request], str | None]
     parameters: tuple[str, ...]
     mode: Mode
-    needs_session: bool
 
 
 ACTIONS: dict[str, Action] = {}
 
 
-def action(name: str, *parameters: str, mode: Mode = Mode.WRITE,
-           needs_session: bool = True) -> Callable[[Callable[[Request], str | None]],
-                                                   Callable[[Request], str | None]]:
+def action(name: str, *parameters: str,
+           mode: Mode = Mode.WRITE) -> Callable[[Callable[[Request], str | None]],
+                                                Callable[[Request], str | None]]:
     """Enters a function under its wire name; `parameters` must be in the request."""
     def enter(body: Callable[[Request], str | None]) -> Callable[[Request], str | None]:
-        ACTIONS[name] = Action(body, parameters, mode, needs_session)
+        ACTIONS[name] = Action(body, parameters, mode)
         return body
     return enter
 
 
-def run(store: Store, form: Form, name: str | None = None) -> str:
+def needs_hash(name: str) -> bool:
+    """Whether the action of that name computes a password's hash."""
+    return name in ACTIONS and ACTIONS[name].mode is Mode.HASH
+
+
+def run(store: Store, form: Form, caller: Caller, name: str | None = None) -> str:
     """Carries out the action of that name, or the one that the form names; refusals are
     `Failure`."""
     name = form.get("action") if name is None else name
     found = ACTIONS.get(name)
     if found is None:
-        raise Failure("Unknown request", f"The store does not know the action '{name}'.")
+        raise Failure("Unknown request", f"The store does not know the action '{brief(name)}'.")
     for parameter in found.parameters:
         if parameter not in form:
             raise Failure("Wrong request", f"The parameter '{parameter}' is missing.")
     who: Principal = None  # type: ignore[assignment]  # no action without a session reads it
     connection = store.db.connection()
-    if found.needs_session:
-        who = find_session(connection, form.get("user_id"), form.get("user_id_access"))
-    if found.mode is Mode.OWN:
-        return found.body(Request(store, form, connection, who)) or ""
+    if found.mode is not Mode.HASH:
+        who = find_session(store.db, form.get("user_id"), form.get("user_id_access"))
+        caller.signed_in = True
+    if found.mode in (Mode.OWN, Mode.HASH):
+        return found.body(Request(store, form, caller, connection, who)) or ""
     with store.db.transaction(write=found.mode is Mode.WRITE) as db:
-        if found.mode is Mode.WRITE and who:
-            touch_session(db, who.token)
-        return found.body(Request(store, form, db, who)) or ""
+        return found.body(Request(store, form, caller, db, who)) or ""
