@@ -22,11 +22,23 @@ EMPTY = 1
 """The number of the content that all empty files share."""
 CLOSING = -1
 """The closed size of an upload that is being closed."""
+GIVEN_UP = -2
+"""The closed size of an upload whose room was needed."""
 KEEP_SUPERSEDED = 86400
 KEEP_OPEN_DOWNLOAD = 7 * 86400
 KEEP_IDLE_UPLOAD = 2 * 86400
 KEEP_ORPHAN = 7 * 86400
 """A file that the metadata does not know may belong to metadata that a host is about to restore."""
+
+# Replaced contents may fill an owner's quota once more, and then the oldest go before their time.
+_BEYOND_QUOTA = """
+    DELETE FROM superseded WHERE rowid IN (
+        SELECT number FROM (
+            SELECT s.rowid AS number, u.quota, sum(c.size) OVER (
+                PARTITION BY s.owner_id ORDER BY s.at DESC, s.rowid DESC) AS total
+            FROM superseded s JOIN contents c ON c.id = s.content_id
+            JOIN users u ON u.id = s.owner_id)
+        WHERE quota > 0 AND total > quota) """
 
 
 def new_location(letter: str) -> str:
@@ -67,6 +79,13 @@ class Contents:
     def file(self, location: str) -> Path:
         """The file behind a location that the store itself has given out."""
         return self.folder / location[1:]
+
+    def size(self, location: str) -> int:
+        """The bytes that are there, 0 for none at all."""
+        try:
+            return self.file(location).stat().st_size
+        except FileNotFoundError:
+            return 0
 
     def start_upload(self) -> str:
         """A new empty upload location."""
@@ -131,8 +150,9 @@ class Contents:
         now = int(time.time())
         db.execute("DELETE FROM downloads WHERE opened < ?", (now - KEEP_OPEN_DOWNLOAD,))
         db.execute("DELETE FROM superseded WHERE at < ?", (now - KEEP_SUPERSEDED,))
+        db.execute(_BEYOND_QUOTA)
         dead = {row["location"] for row in db.execute(
-            "SELECT location FROM uploads WHERE closed_size >= 0")}
+            "SELECT location FROM uploads WHERE closed_size >= 0 OR closed_size = ?", (GIVEN_UP,))}
         for row in db.execute("SELECT location FROM uploads WHERE opened < ?",
                               (now - KEEP_IDLE_UPLOAD,)).fetchall():
             file = self.file(row["location"])

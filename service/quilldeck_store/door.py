@@ -11,12 +11,11 @@ import logging
 import socket
 import ssl
 import time
-from collections import Counter
 from collections.abc import Callable, Coroutine, Iterator
 
 from aiohttp import web
 
-from .limits import network
+from .limits import Arrivals, network
 
 HANDSHAKE_SECONDS = 10
 SILENT_SECONDS = 20
@@ -50,7 +49,7 @@ class Door(asyncio.Protocol):
         """From now on the peer is no stranger."""
         if not self.signed_in:
             self.signed_in = True
-            self._doors.strangers[self.address] -= 1
+            self._doors.arrivals.sign_in(self.address)
 
     @contextlib.contextmanager
     def busy(self) -> Iterator[None]:
@@ -75,6 +74,10 @@ class Door(asyncio.Protocol):
         """Whether TLS was agreed on; from then on `connection_lost` counts its end."""
         return self._transport is not None
 
+    def leave(self) -> None:
+        """Is not counted any more."""
+        self._doors.arrivals.leave(self.address, self.signed_in)
+
     def abort(self) -> None:
         """Ends the connection without waiting for the peer."""
         if self._transport:
@@ -89,7 +92,7 @@ class Door(asyncio.Protocol):
     def connection_lost(self, exc: Exception | None) -> None:
         assert self._transport is not None
         del self._doors.opened[self._transport]
-        self._doors.leave(self)
+        self.leave()
         self._inner.connection_lost(exc)
 
     def data_received(self, data: bytes) -> None:
@@ -122,8 +125,7 @@ class Doors:
         self.context = context
         """For connections from now on; may be replaced by one with another certificate."""
         self.opened: dict[asyncio.BaseTransport, Door] = {}
-        self.all: Counter[str] = Counter()
-        self.strangers: Counter[str] = Counter()
+        self.arrivals = Arrivals(MAX_CONNECTIONS, MAX_OF_ADDRESS, MAX_STRANGERS_OF_ADDRESS)
         self._tasks: set[asyncio.Task[None]] = set()
 
     def listen(self, sockets: list[socket.socket],
@@ -145,15 +147,6 @@ class Doors:
         """Takes no more connections."""
         for task in self._tasks:
             task.cancel()
-
-    def leave(self, door: Door) -> None:
-        """Forgets a connection that has ended."""
-        self.all[door.address] -= 1
-        if not door.signed_in:
-            self.strangers[door.address] -= 1
-        for counts in (self.all, self.strangers):
-            if counts[door.address] <= 0:
-                del counts[door.address]
 
     def _start(self, work: Coroutine[None, None, None]) -> None:
         task = asyncio.get_running_loop().create_task(work)
@@ -177,12 +170,9 @@ class Doors:
                 await asyncio.sleep(1)
                 continue
             address = network(peer[0])
-            if (self.all.total() >= MAX_CONNECTIONS or self.all[address] >= MAX_OF_ADDRESS
-                    or self.strangers[address] >= MAX_STRANGERS_OF_ADDRESS):
+            if not self.arrivals.enter(address):
                 connection.close()
                 continue
-            self.all[address] += 1
-            self.strangers[address] += 1
             self._start(self._greet(connection, Door(self, address, make_inner())))
 
     async def _greet(self, connection: socket.socket, door: Door) -> None:
@@ -192,7 +182,7 @@ class Doors:
         except (OSError, asyncio.CancelledError):
             # Not a word of TLS, or too slow, or the store ends.
             if not door.was_opened:
-                self.leave(door)
+                door.leave()
             connection.close()
 
     async def _sweep(self) -> None:

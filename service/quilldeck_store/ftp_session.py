@@ -5,7 +5,7 @@ import contextlib
 import os
 import threading
 from collections import Counter
-from typing import BinaryIO
+from typing import Any, BinaryIO
 
 from OpenSSL import SSL
 from pyftpdlib.authorizers import AuthenticationFailed
@@ -16,6 +16,7 @@ from .accounts import Principal
 from .contents import LOCATION
 from .faults import FaultList
 from .ftp_data import Download, TransferChannel, TransferFault
+from .limits import Arrivals
 from .transfer_gate import TransferGate
 from .writers import Upload, WriterRegistry
 
@@ -24,11 +25,20 @@ _COMMANDS = ("ABOR ALLO APPE AUTH CWD EPSV FEAT HELP MODE NOOP OPTS PASS PASV PB
              "REIN REST RETR SIZE STOR STRU SYST TYPE USER XPWD").split()
 
 
+IDLE_SECONDS = 600
+STRANGER_SECONDS = 30
+"""For who has not signed in, whatever is said meanwhile."""
+MAX_SESSIONS = 500
+MAX_OF_ADDRESS = 400
+MAX_STRANGERS_OF_ADDRESS = 100
+
+
 class Services:
     """What all sessions of the server share; filled once, before it serves."""
 
     gate: TransferGate
-    writers = WriterRegistry()
+    writers: WriterRegistry
+    arrivals = Arrivals(MAX_SESSIONS, MAX_OF_ADDRESS, MAX_STRANGERS_OF_ADDRESS)
     faults = FaultList()
     counts: Counter[str] = Counter()
     lock = threading.Lock()
@@ -91,8 +101,7 @@ class Locations(AbstractedFS):
                 if path:
                     return path.open("rb", buffering=0)
             else:
-                upload = Services.writers.open(
-                    filename, lambda: Services.gate.writable(who, filename), append="a" in mode)
+                upload = Services.writers.open(filename, Services.gate, who, append="a" in mode)
                 if upload:
                     return upload
         raise FilesystemError("No such location, or it is not yours")
@@ -111,7 +120,7 @@ class Locations(AbstractedFS):
             found = Services.gate.writable(who, path)
             if found:
                 Services.writers.end(path)
-                return os.stat(found[0]).st_size
+                return os.stat(found.path).st_size
             readable = Services.gate.readable(who, path)
             if readable:
                 return os.stat(readable).st_size
@@ -138,10 +147,50 @@ class Session(TLS_FTPHandler):
     dtp_handler = TransferChannel
     passive_dtp = PassiveListener
     banner = "Quilldeck store."
-    timeout = 600
+    timeout = 0  # not in the constructor, which runs on the thread of all others
     auth_failed_timeout = 1
     proto_cmds = {name: TLS_FTPHandler.proto_cmds[name] for name in _COMMANDS}
     principal: Principal
+    address = ""
+    """Whom the session counts for."""
+    signed_in = False
+    _patience: Any = None
+
+    def add_channel(self, map: object = None, events: int | None = None) -> None:
+        super().add_channel(map, events)
+        if self.ioloop is not self.server.ioloop and not self.timeout:
+            self._start_clocks()
+
+    def _start_clocks(self) -> None:
+        """Begins to count the time, now that the session has come to its own thread."""
+        self.timeout = IDLE_SECONDS
+        self._idler = self.ioloop.call_later(self.timeout, self.handle_timeout,
+                                             _errback=self.handle_error)
+        self._patience = self.ioloop.call_later(STRANGER_SECONDS, self._end_stranger,
+                                                _errback=self.handle_error)
+
+    def _end_stranger(self) -> None:
+        if not self.signed_in:
+            self.handle_timeout()
+            # Not even the farewell is waited for: the peer may never have begun with TLS.
+            self.hang_up()
+
+    def close(self) -> None:
+        if self._patience is not None and not self._patience.cancelled:
+            self._patience.cancel()
+        super().close()
+
+    def secure_connection(self, ssl_context: SSL.Context) -> None:
+        # Commands that came in clear behind AUTH are not taken for what comes under TLS.
+        self.ac_in_buffer = b""
+        super().secure_connection(ssl_context)
+
+    def pre_process_command(self, line: str, cmd: str, arg: str) -> None:
+        if cmd not in self.proto_cmds and cmd[-4:] == "STAT":
+            # The library reads any command that ends so as STAT, and then misses it in our table.
+            self.respond("502 There is no status here.")
+            return
+        super().pre_process_command(line, cmd, arg)
     # Where REST asked the next transfer to begin; the library's own.
     _restart_position: int
 
@@ -153,6 +202,9 @@ class Session(TLS_FTPHandler):
 
     def on_login(self, username: str) -> None:
         Services.count("ftp_logins")
+        if not self.signed_in:
+            self.signed_in = True
+            Services.arrivals.sign_in(self.address)
 
     def ftp_CWD(self, path: str) -> None:
         if path == "/":

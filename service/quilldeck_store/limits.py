@@ -4,6 +4,7 @@ from __future__ import annotations
 import ipaddress
 import threading
 import time
+from collections import Counter
 
 from .wire import Failure
 
@@ -55,6 +56,43 @@ class Limit:
         with self._lock:
             if self._spent.get(address):
                 self._spent[address].pop()
+
+
+class Arrivals:
+    """Connections that are open, by address; strangers are those that have not signed in yet. Safe
+    on any thread."""
+
+    def __init__(self, most: int, of_address: int, strangers_of_address: int) -> None:
+        self._most = most
+        self._of_address = of_address
+        self._strangers_of_address = strangers_of_address
+        self._lock = threading.Lock()
+        self._all: Counter[str] = Counter()
+        self._strangers: Counter[str] = Counter()
+
+    def enter(self, address: str) -> bool:
+        """Counts a new connection, unless there are too many."""
+        with self._lock:
+            if (self._all.total() >= self._most or self._all[address] >= self._of_address
+                    or self._strangers[address] >= self._strangers_of_address):
+                return False
+            self._all[address] += 1
+            self._strangers[address] += 1
+            return True
+
+    def sign_in(self, address: str) -> None:
+        """One of the address's strangers is known now."""
+        with self._lock:
+            self._strangers[address] -= 1
+
+    def leave(self, address: str, signed_in: bool) -> None:
+        """Forgets a connection that has ended."""
+        with self._lock:
+            self._all[address] -= 1
+            self._strangers[address] -= not signed_in
+            for counts in (self._all, self._strangers):
+                if counts[address] <= 0:
+                    del counts[address]
 
 
 class Limits:

@@ -37,6 +37,8 @@ def parse(arguments: list[str] | None = None) -> argparse.Namespace:
     add("--tls-max", choices=("1.2", "1.3"), default="1.3", help="highest TLS version to offer")
     add("--quota", type=size, default=10 << 30, metavar="BYTES",
         help="space of a new account, 0 for no limit (default: 10G)")
+    add("--keep-free", type=size, default=256 << 20, metavar="BYTES",
+        help="room on the disk that uploads leave alone (default: 256M)")
     add("--upload-limit", type=size, default=0, metavar="BYTES",
         help="speed limit a second that clients are told (default: none)")
     add("--download-limit", type=size, default=0, metavar="BYTES", help="the same for downloads")

@@ -111,7 +111,13 @@ CREATE TRIGGER content_dropped AFTER DELETE ON items WHEN old.content_id IS NOT 
     INSERT INTO superseded VALUES (old.content_id, old.id, strftime('%s', 'now'), old.owner_id); END;
 """
 
-SCHEMA = _TABLES + _INVITATIONS + _TRIGGERS
+_INDEXES = """
+CREATE INDEX uploads_item ON uploads(item_id);
+CREATE INDEX uploads_open ON uploads(item_id) WHERE closed_size IS NULL;
+CREATE INDEX sessions_account ON sessions(account_id);
+"""
+
+SCHEMA = _TABLES + _INVITATIONS + _TRIGGERS + _INDEXES
 
 UPGRADES = (
     # From 1 to 2. Letters of that time had no code that could be answered with, and its links
@@ -131,6 +137,6 @@ UPDATE transfer_accounts SET link_key = lower(hex(randomblob(16)));
 DROP TRIGGER items_added; DROP TRIGGER items_removed; DROP TRIGGER items_changed;
 DROP TRIGGER content_replaced; DROP TRIGGER content_dropped;
 DROP TABLE invitations;
-""" + _INVITATIONS + _TRIGGERS,
+""" + _INVITATIONS + _TRIGGERS + _INDEXES,
 )
 """What leads from each form to the next, from 1 on."""

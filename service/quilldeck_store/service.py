@@ -11,6 +11,7 @@ import logging
 import os
 import signal
 import socket
+import sqlite3
 import sys
 from pathlib import Path
 
@@ -103,6 +104,20 @@ async def _serve(options: argparse.Namespace, store: Store, service: HttpsServic
         code = 1
         stop.set()
 
+    def renew_certificate() -> None:
+        try:
+            service.doors.context = tls_context(str(cert), options.tls_max)
+            renewed = ftp is None or ftp.ask("certificate")["renewed"]
+        except (OSError, TimeoutError) as error:
+            _log.error("the certificate stays as it was: %s", error)
+        else:
+            _log.warning("certificate read again" if renewed else
+                         "the FTP server cannot read the new certificate and keeps its old one")
+
+    def hang_up() -> None:
+        loop.run_in_executor(None, renew_certificate)
+
+    loop.add_signal_handler(signal.SIGHUP, hang_up)
     if ftp:
         loop.add_reader(ftp.sentinel, ftp_ended, ftp.sentinel)
     http_log = logging.getLogger("quilldeck.http")
@@ -124,7 +139,10 @@ async def _serve(options: argparse.Namespace, store: Store, service: HttpsServic
         with contextlib.suppress(asyncio.TimeoutError):
             await asyncio.wait_for(stop.wait(), COLLECT_SECONDS)
         if not stop.is_set():
-            await loop.run_in_executor(None, store.collect)
+            try:
+                await loop.run_in_executor(None, store.collect)
+            except (OSError, sqlite3.Error):
+                _log.exception("nothing was thrown away this time")
     if ftp:
         loop.remove_reader(ftp.sentinel)
     service.doors.close()
@@ -162,7 +180,8 @@ def run(options: argparse.Namespace) -> int:
     https = _listen(options.host, options.https_port, "HTTPS")
     own_ftp = [] if options.transfer_host else _listen(options.host, options.ftp_port, "FTP")
     store = Store(options.data, bool(options.transfer_host), Policy(
-        options.quota, options.upload_limit, options.download_limit, not options.no_sign_up))
+        options.quota, options.upload_limit, options.download_limit, not options.no_sign_up,
+        options.keep_free))
     _refuse_demo_accounts(options, store)
     cert = certificate.ensure(options.data / "service.pem", options.public_host)
     store.base_url = f"https://{options.public_host}:{https[0].getsockname()[1]}"
@@ -177,7 +196,7 @@ def run(options: argparse.Namespace) -> int:
     ftp = None
     if own_ftp:
         ftp = FtpProcess(FtpOptions(options.data, cert, options.tls_max, public_address,
-                                    options.passive_ports), own_ftp, https)
+                                    options.passive_ports, options.keep_free), own_ftp, https)
         store.end_writers = ftp.end_writers
     faults = FaultList()
     doors = Doors(tls_context(str(cert), options.tls_max))

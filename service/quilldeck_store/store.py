@@ -49,6 +49,8 @@ class Policy:
     upload_limit: int
     download_limit: int
     sign_up: bool
+    keep_free: int = 0
+    """Bytes of the disk that uploads leave alone."""
 
 
 class Store:

@@ -2,12 +2,24 @@
 from __future__ import annotations
 
 import threading
+from dataclasses import dataclass
 from pathlib import Path
 
+from . import tree
 from .accounts import Principal, find_transfer_account, is_current
 from .contents import EMPTY, Contents
 from .database import Database
 from .rights import may_read
+
+
+@dataclass(frozen=True)
+class Writable:
+    """An upload that may be written: its file, whose space it fills, and how much of that the
+    content fills which it is to replace."""
+
+    path: Path
+    owner_id: int
+    replaces: int
 
 
 class TransferGate:
@@ -44,10 +56,22 @@ class TransferGate:
                                  "SELECT item_id FROM superseded WHERE content_id = :content", key)
         return any(may_read(self._db, who, item["id"]) for item in items.fetchall())
 
-    def writable(self, who: Principal, location: str) -> tuple[Path, int] | None:
-        """The file of the account's own open upload, and its greatest size (below 0: any)."""
+    def writable(self, who: Principal, location: str) -> Writable | None:
+        """The account's own open upload."""
         with self._lock:
             row = is_current(self._db, who) and self._db.execute(
-                "SELECT max_bytes FROM uploads WHERE location = ? AND account_id = ? "
-                "AND closed_size IS NULL", (location, who.account_id)).fetchone()
-        return (self._contents.file(location), row["max_bytes"]) if row else None
+                "SELECT i.id, i.owner_id, i.size FROM uploads u JOIN items i ON i.id = u.item_id "
+                "WHERE u.location = ? AND u.account_id = ? AND u.closed_size IS NULL",
+                (location, who.account_id)).fetchone()
+            if not row:
+                return None
+            others = self._db.execute("SELECT location FROM uploads WHERE item_id = ? "
+                                      "AND closed_size IS NULL AND location <> ?",
+                                      (row["id"], location)).fetchall()
+        taken = sum(self._contents.size(other["location"]) for other in others)
+        return Writable(self._contents.file(location), row["owner_id"], max(row["size"] - taken, 0))
+
+    def room(self, owner_id: int) -> int | None:
+        """The bytes that the owner's open uploads may still grow by together; None for no limit."""
+        with self._lock:
+            return tree.free_space(self._db, owner_id, self._contents)

@@ -6,9 +6,12 @@ import sqlite3
 import time
 
 from . import names
+from .contents import Contents
 from .database import insert
 from .rights import DIRECTORY, FILE, ROOT, chain
 from .wire import Failure
+
+MAX_ITEMS = 1_000_000
 
 
 def _clash(name: str) -> Failure:
@@ -30,6 +33,8 @@ def create(db: sqlite3.Connection, owner_id: int, parent_id: int, kind: int, nam
     """A new empty folder or file; returns its number."""
     names.check(name)
     require_free_name(db, owner_id, parent_id, name)
+    if db.execute("SELECT items FROM users WHERE id = ?", (owner_id,)).fetchone()[0] >= MAX_ITEMS:
+        raise Failure("Too many items", f"An account cannot have more than {MAX_ITEMS} files and folders.")
     now = int(time.time())
     return insert(
         db, "INSERT INTO items(owner_id, parent_id, kind, name, name_key, access, media, link_key, "
@@ -86,16 +91,32 @@ def remove(db: sqlite3.Connection, item: sqlite3.Row) -> None:
     db.execute(_BELOW + "DELETE FROM items WHERE id IN below", {"id": item["id"]})
 
 
-def require_space(db: sqlite3.Connection, owner_id: int, more: int) -> None:
-    """Refuses `more` bytes that the owner's quota does not hold."""
-    if 0 <= free_space(db, owner_id) < more:
+def require_space(db: sqlite3.Connection, owner_id: int, more: int,
+                  contents: Contents | None = None) -> None:
+    """Refuses `more` bytes that the owner's quota does not hold; with `contents` beside the uploads
+    that are open."""
+    free = free_space(db, owner_id, contents)
+    if free is not None and max(free, 0) < more:
         raise Failure("Not enough space", "There is not enough free space in the store for this file.")
 
 
-def free_space(db: sqlite3.Connection, owner_id: int) -> int:
-    """Bytes that the account may still fill, or -1 where it has no limit."""
+def free_space(db: sqlite3.Connection, owner_id: int, contents: Contents | None = None) -> int | None:
+    """Bytes that the account may still fill, or None where it has no limit; with `contents` less
+    what its open uploads hold beyond what they replace, which may be more than there is."""
     quota, used = db.execute("SELECT quota, used FROM users WHERE id = ?", (owner_id,)).fetchone()
-    return max(quota - used, 0) if quota else -1
+    if not quota:
+        return None
+    free = max(quota - used, 0)
+    if contents:
+        growth: dict[int, int] = {}
+        for row in db.execute("SELECT u.location, i.id, i.size FROM items i JOIN uploads u "
+                              "ON u.item_id = i.id WHERE i.owner_id = ? AND u.closed_size IS NULL",
+                              (owner_id,)):
+            # Of several uploads to one file only one will take its content's room.
+            before = growth.get(row["id"], -row["size"])
+            growth[row["id"]] = before + contents.size(row["location"])
+        free -= sum(max(count, 0) for count in growth.values())
+    return free
 
 
 def copy_file(db: sqlite3.Connection, item: sqlite3.Row, owner_id: int, parent_id: int) -> None:

@@ -1,15 +1,19 @@
 """The road of bytes into a file, and the opening of downloads."""
 from __future__ import annotations
 
+import os
 import sqlite3
 import threading
 
 from . import tree
 from .accounts import Principal
-from .contents import CLOSING, new_location
+from .contents import CLOSING, GIVEN_UP, new_location
 from .store import Store, now
 from .wire import Failure
 
+MAX_OPEN = 1000
+"""Uploads to one owner's space, and downloads of one account, that are open at once."""
+IDLE_SECONDS = 120
 _commit_locks = [threading.Lock() for _ in range(16)]
 
 
@@ -18,13 +22,42 @@ def begin(store: Store, db: sqlite3.Connection, who: Principal, item: sqlite3.Ro
     """Opens an upload of the file and returns its location; the old content stays."""
     if item["trashed"]:
         raise Failure("Open failed", f"'{item['name']}' is in the Trash.")
-    tree.require_space(db, item["owner_id"], announced - item["size"])
-    free = tree.free_space(db, item["owner_id"])
-    limit = free + item["size"] if free >= 0 else -1
+    disk = os.statvfs(store.data)
+    if disk.f_bavail * disk.f_frsize < store.policy.keep_free + announced:
+        raise Failure("Not enough space", "The disk of the store is full.")
+    more = announced - item["size"]
+    try:
+        _require_room(store, db, item["owner_id"], more)
+    except Failure:
+        _drop_idle(store, db, item["owner_id"])
+        _require_room(store, db, item["owner_id"], more)
     location = store.contents.start_upload()
-    db.execute("INSERT INTO uploads VALUES (?,?,?,?,?,NULL)",
-               (location, item["id"], who.account_id, limit, now()))
+    db.execute("INSERT INTO uploads(location, item_id, account_id, max_bytes, opened) "
+               "VALUES (?,?,?,0,?)", (location, item["id"], who.account_id, now()))
     return location
+
+
+def _require_room(store: Store, db: sqlite3.Connection, owner_id: int, more: int) -> None:
+    tree.require_space(db, owner_id, more, store.contents)
+    if len(_open_uploads(db, owner_id)) >= MAX_OPEN:
+        raise Failure("Open failed", "Too many uploads are open. Please try again in a while.")
+
+
+def _open_uploads(db: sqlite3.Connection, owner_id: int) -> list[str]:
+    return [row["location"] for row in db.execute(
+        "SELECT u.location FROM items i JOIN uploads u ON u.item_id = i.id "
+        "WHERE i.owner_id = ? AND u.closed_size IS NULL", (owner_id,))]
+
+
+def _drop_idle(store: Store, db: sqlite3.Connection, owner_id: int) -> None:
+    """Gives up the owner's uploads that nobody writes any more, for who needs their room now."""
+    for location in _open_uploads(db, owner_id):
+        try:
+            written = store.contents.file(location).stat().st_mtime
+        except FileNotFoundError:
+            written = 0
+        if written < now() - IDLE_SECONDS:
+            db.execute("UPDATE uploads SET closed_size = ? WHERE location = ?", (GIVEN_UP, location))
 
 
 def commit(store: Store, who: Principal, file_id: int, location: str, size: int,
@@ -49,7 +82,8 @@ def _commit(store: Store, who: Principal, file_id: int, location: str, size: int
     if upload["closed_size"] == size:
         return
     if upload["closed_size"] not in (None, CLOSING):
-        raise Failure("Upload failed", "This upload is closed already, with another size.")
+        raise Failure("Upload failed", "This upload is closed already, with another size."
+                      if upload["closed_size"] >= 0 else "The upload was given up meanwhile.")
     # From here on no transfer can open the location, and then the last one is ended. Who finds it
     # marked already comes after an attempt that could not even take its mark back.
     _mark(store, location, CLOSING)
@@ -104,6 +138,9 @@ def open_download(db: sqlite3.Connection, who: Principal, item: sqlite3.Row) -> 
     """Holds the file's present content until the download is closed."""
     db.execute("UPDATE items SET accessed = ? WHERE id = ?", (now(), item["id"]))
     if item["content_id"]:
+        db.execute("DELETE FROM downloads WHERE rowid IN (SELECT rowid FROM downloads "
+                   "WHERE account_id = ? ORDER BY opened DESC LIMIT -1 OFFSET ?)",
+                   (who.account_id, MAX_OPEN))
         db.execute("INSERT INTO downloads VALUES (?,?,?,?)",
                    (who.account_id, item["id"], item["content_id"], now()))
 

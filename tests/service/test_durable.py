@@ -12,14 +12,11 @@ from collections.abc import Callable
 from pathlib import Path
 from types import FrameType
 
-from .harness import ROOT
-
-sys.path.insert(0, str(ROOT / "service"))
-from quilldeck_store import accounts, tree, uploads  # noqa: E402
-from quilldeck_store.accounts import Principal  # noqa: E402
-from quilldeck_store.rights import FILE  # noqa: E402
-from quilldeck_store.store import Policy, Store  # noqa: E402
-from quilldeck_store.wire import Failure  # noqa: E402
+from quilldeck_store import accounts, tree, uploads
+from quilldeck_store.accounts import Principal
+from quilldeck_store.rights import FILE
+from quilldeck_store.store import Policy, Store
+from quilldeck_store.wire import Failure
 
 OLD, NEW = b"old content", b"the new content"
 STEPS = {"execute", "fsync", "link", "open", "stat", "unlink", "chmod"}

@@ -11,7 +11,10 @@ import unittest
 from contextlib import closing
 from pathlib import Path
 
-from .harness import ROOT, Refused, Service, ServiceTest, shared_service
+from store_client import Refused, Service
+
+from . import ROOT
+from .harness import ServiceTest, shared_service
 
 
 def run(program: str, *words: object, typed: str = "") -> subprocess.CompletedProcess[str]:

@@ -3,7 +3,10 @@ from __future__ import annotations
 
 import ftplib
 
-from .harness import ROOT, Client, Refused, Request, ServiceTest
+from store_client import Client, Refused
+
+from . import ROOT
+from .harness import Request, ServiceTest
 
 
 class Sharing(ServiceTest):

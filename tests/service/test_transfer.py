@@ -5,7 +5,9 @@ import ftplib
 import os
 import time
 
-from .harness import Refused, ServiceTest
+from store_client import Refused
+
+from .harness import ServiceTest
 
 BLOCK = os.urandom(3_000_001)
 BROKEN = (OSError, EOFError, ftplib.Error)

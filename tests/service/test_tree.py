@@ -1,7 +1,9 @@
 """The tree, what it shows to the outside, and requests that no client should send."""
 from __future__ import annotations
 
-from .harness import Refused, ServiceTest
+from store_client import Refused
+
+from .harness import ServiceTest
 
 
 class Tree(ServiceTest):

@@ -9,6 +9,7 @@ from ..wire import Failure, elements
 from .table import Mode, Request, action
 
 MAX_SETTING = 4096
+MAX_SETTINGS = 1000
 
 
 @action("get_user_notifications", mode=Mode.READ)
@@ -27,7 +28,7 @@ def get_storage_info(request: Request) -> str:
     quota, used = request.db.execute("SELECT quota, used FROM users WHERE id = ?",
                                      (request.who.user_id,)).fetchone()
     free = tree.free_space(request.db, request.who.user_id)
-    if free < 0:
+    if free is None:
         disk = os.statvfs(request.store.data)
         free = disk.f_bavail * disk.f_frsize
     return elements(Capacity=quota, SpaceUsed=used, SpaceFree=free)
@@ -54,5 +55,9 @@ def set_pro_setting(request: Request) -> None:
         {0: str, 1: int, 2: float}[kind](value)
     except (KeyError, ValueError):
         raise Failure("Wrong setting", f"The value of '{name}' does not fit its type.") from None
+    count, = request.db.execute("SELECT count(*) FROM settings WHERE user_id = ? AND name <> ?",
+                                (owner, name)).fetchone()
+    if count >= MAX_SETTINGS:
+        raise Failure("Wrong setting", f"An account cannot have more than {MAX_SETTINGS} settings.")
     request.db.execute("INSERT INTO settings VALUES (?,?,?,?) ON CONFLICT(user_id, name) DO UPDATE "
                        "SET value = excluded.value, type = excluded.type", (owner, name, value, kind))
