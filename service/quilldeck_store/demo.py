@@ -49,7 +49,7 @@ DEMO = (
     Entry("Documents/Awkward names/日本語のファイル.txt", "documents/letter.txt"),
     Entry("Documents/Awkward names/Ünïcödé ÄÖÜ ß.txt", "documents/letter.txt"),
     Entry("Documents/Awkward names/שלום עולם.txt", "documents/letter.txt"),
-    Entry("Documents/Awkward names/🎉 party 👩‍👧 list.txt", "documents/letter.txt"),
+    Entry("Documents/Awkward names/☆ party ♫ list ☺.txt", "documents/letter.txt"),
     Entry("Documents/Awkward names/" + "long name " * 25 + ".txt", "documents/notes.md"),
     Entry("Music", description="Tunes of our own"),
     Entry("Music/Bell.wav", "music/bell.wav"),
@@ -65,8 +65,8 @@ DEMO = (
     Entry("Pictures/Holidays 2026/Herbst – осень – 秋.jpg", "pictures/autumn.jpg", price=2.5),
     Entry("Pictures/Holidays 2026/Tea + cake.png", "pictures/tea.png", access=HIDDEN),
     Entry("Pictures/Holidays 2026/Empty folder"),
-    Entry("Pictures/🎨 Experiments"),
-    Entry("Pictures/🎨 Experiments/Julia set.png", "pictures/julia.png"),
+    Entry("Pictures/✎ Experiments"),
+    Entry("Pictures/✎ Experiments/Julia set.png", "pictures/julia.png"),
     Entry("Drop box", description="Guests may put things here"),
 )
 ANNA = (

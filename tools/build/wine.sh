@@ -111,9 +111,19 @@ wine_copy_prefix() {
 wine_set_screen() {
     [ -n "${QUILLDECK_SCREEN:-}" ] || return 0
     sed -i '/^"Graphics"="null"$/d' "$1/user.reg"
-    # Debian's Wine does not look where Debian puts the fonts of Wine.
-    mkdir -p "$1/home/.local/share"
-    ln -s /usr/share/wine/fonts "$1/home/.local/share/fonts"
+    # Debian's Wine does not look where Debian puts the fonts of Wine. Those for the signs of frames are
+    # taken; for texts one that can draw more scripts, and others for what that one lacks. Above U+FFFF
+    # no font helps: Wine 8 draws the halves of such a character one by one.
+    mkdir -p "$1/home/.local/share/fonts"
+    ln -s /usr/share/wine/fonts/{marlett,symbol,webdings,wingding}.ttf "$1/home/.local/share/fonts"
+    sed -i '/FontLink\\\\SystemLink\]/,/^$/s/^"Tahoma"=.*/"DejaVu Sans Condensed"=str(7):"DejaVuSans.ttf,DejaVu Sans\\0DroidSansFallbackFull.ttf,Droid Sans Fallback\\0"/' \
+        "$1/system.reg"
+    cat >>"$1/user.reg" <<'END'
+
+[Software\\Wine\\Fonts\\Replacements]
+"Tahoma"="DejaVu Sans Condensed"
+"Microsoft Sans Serif"="DejaVu Sans Condensed"
+END
     [ "$QUILLDECK_SCREEN" = desktop ] || return 0
     cat >>"$1/user.reg" <<'END'
 

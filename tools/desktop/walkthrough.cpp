@@ -133,6 +133,9 @@ void walk() {
     window.open({drive, L"Pictures"});
     window.wait_for_row(L"Dusk.jpg");
     take_picture("folder");
+    window.open({drive, L"Documents", L"Awkward names"});
+    window.wait_for_row(L"1 < 2 > 0?.txt");
+    take_picture("names");
     window.open({drive, L"Documents"});
     rename_and_back(window);
     read_and_write(window);
