@@ -34,6 +34,8 @@ public:
 struct implementation {
     std::string name;
     std::function<std::unique_ptr<place>()> make;
+    /// Open files know where they are.
+    bool tells_position = true;
 
     friend std::ostream& operator<<(std::ostream& out, const implementation& one) {
         return out << one.name;
@@ -42,6 +44,9 @@ struct implementation {
 
 /// The families of the remote store. They can be read and changed.
 std::vector<implementation> remote_implementations();
+
+/// The wrappers of local and of virtual files. They can be read only.
+std::vector<implementation> source_implementations();
 
 class contract : public testing::TestWithParam<implementation> {
 protected:

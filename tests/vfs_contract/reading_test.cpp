@@ -30,6 +30,16 @@ protected:
         return {read.begin(), read.end()};
     }
 
+    static void expect_position(vfs::file& file, std::int64_t position, bool at_end) {
+        if (GetParam().tells_position) {
+            EXPECT_EQ(file.get_pos(), position);
+            EXPECT_EQ(file.is_eof(), at_end);
+        } else {
+            expect_failure([&] { file.get_pos(); });
+            expect_failure([&] { file.is_eof(); });
+        }
+    }
+
     template <class Operation>
     static void expect_failure(const Operation& operation) {
         try {
@@ -42,7 +52,7 @@ protected:
 };
 
 TEST_P(reading, lists_and_finds_all_that_is_there_at_every_depth) {
-    const std::wstring odd = L"\u00DC & b=c%41+d;\u20AC \U0001F58B'#[]{}^`~.";
+    const std::wstring odd = L"\u00DC & b=c%41+d;\u20AC \U0001F58B'#[]{}^`~";
     here->put(L"f.txt", "1");
     here->put(odd, "22");
     here->put(L"empty/", {});
@@ -55,8 +65,9 @@ TEST_P(reading, lists_and_finds_all_that_is_there_at_every_depth) {
     EXPECT_FALSE(enter(top, L"empty")->has_subfolders());
     EXPECT_TRUE(enter(top, L"deep")->has_subfolders());
     EXPECT_EQ(find_file(top, odd)->get_size(), 2);
-    expect_failure([&] { top->find_item_by_name(L"none", false); });
-    expect_failure([&] { top->find_item_by_name(L"none", true); });
+    for (const bool refresh : {false, true}) {
+        EXPECT_THROW(top->find_item_by_name(L"none", refresh), vfs::item_not_found_exception);
+    }
 
     // An item keeps what it needs when the objects that led to it are gone.
     const file_ptr kept = find_file(enter(enter(here->reach(), L"deep"), L"er"), L"f.txt");
@@ -106,14 +117,19 @@ TEST_P(reading, knows_whether_it_is_open_and_where_it_is) {
         expect_failure([&] { file->close(0); });
         file->open(vfs::modeRead, 0);
         EXPECT_EQ(file->get_open_mode(), vfs::modeRead);
-        EXPECT_EQ(file->get_pos(), 0);
         expect_failure([&] { file->open(vfs::modeRead, 0); });
         EXPECT_EQ(file->read(&byte, 1), 1U) << "what was open stays open";
-        EXPECT_EQ(file->get_pos(), 1);
-        EXPECT_FALSE(file->is_eof());
+        expect_position(*file, 1, false);
+        const file_ptr other = file->duplicate();
+        EXPECT_EQ(other->get_open_mode(), 0);
+        other->open(vfs::modeRead, 0);
         EXPECT_EQ(read(*file).size(), 99'999U);
-        EXPECT_EQ(file->get_pos(), 100'000);
-        EXPECT_TRUE(file->is_eof());
+        expect_position(*file, 100'000, true);
+        EXPECT_EQ(other->read(&byte, 1), 1U);
+        for (int again = 0; again < 2; ++again) {
+            other->abandon();
+            EXPECT_EQ(other->get_open_mode(), 0);
+        }
         file->close(0);
     }
     file->set_marked(true);
@@ -124,6 +140,8 @@ TEST_P(reading, knows_whether_it_is_open_and_where_it_is) {
 }
 
 INSTANTIATE_TEST_SUITE_P(remote, reading, testing::ValuesIn(remote_implementations()),
+                         testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(source, reading, testing::ValuesIn(source_implementations()),
                          testing::PrintToStringParamName());
 
 } // namespace

@@ -1,0 +1,128 @@
+#include "transfer/descriptor_items/drive_source.h"
+
+#include "com/clipboard_formats.h"
+#include "com/media.h"
+#include "shell_items/id_list_bytes.h"
+#include "shell_items/item_id_list.h"
+#include "transfer/descriptor_items/data_request.h"
+#include "transfer/wrappers/wrapper_exception.h"
+#include "utils/module.h"
+#include "vfs_quilldeck/session/session.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <span>
+#include <vector>
+
+namespace transfer {
+
+namespace {
+
+/// A medium with a global block of that format. Throws `status_exception`.
+com::medium request_block(IDataObject& data, UINT format) {
+    com::medium block;
+    com::check(request(data, format, -1, TYMED_HGLOBAL, block));
+    if (block.get().tymed != TYMED_HGLOBAL) {
+        throw com::status_exception(DV_E_TYMED);
+    }
+    return block;
+}
+
+/// A value of 32 bits in a block from outside.
+std::uint32_t number_at(std::span<const std::byte> bytes, std::size_t offset) {
+    std::uint32_t value = 0;
+    if (bytes.size() < offset + sizeof value) {
+        throw com::status_exception(E_INVALIDARG);
+    }
+    std::memcpy(&value, bytes.data() + offset, sizeof value);
+    return value;
+}
+
+/// The first list of an array of lists, the folder's, is an absolute one: behind the entries that
+/// lead to the drive come records of ours.
+std::vector<shell::PIDLDATA> folder_records(std::span<const std::byte> array) {
+    constexpr std::size_t first_offset = 4;
+    const std::size_t begin = number_at(array, first_offset);
+    if (begin > array.size() || !shell::holds_whole_list(array.subspan(begin))) {
+        throw com::status_exception(E_INVALIDARG);
+    }
+    std::vector<shell::PIDLDATA> records;
+    auto left = shell::entries_of(array.data() + begin);
+    while (!left.empty()) {
+        const auto entry = left.first(shell::entry_size(left.data()));
+        left = left.subspan(entry.size());
+        const auto record = shell::read_record(entry);
+        if (record) {
+            records.push_back(*record);
+        } else if (!records.empty()) {
+            throw com::status_exception(E_INVALIDARG);
+        }
+    }
+    return records;
+}
+
+std::shared_ptr<vfs::directory> directory_of(const vfs::item_ptr& item) {
+    auto directory = std::dynamic_pointer_cast<vfs::directory>(item);
+    if (!directory) {
+        throw com::status_exception(E_INVALIDARG);
+    }
+    return directory;
+}
+
+} // namespace
+
+bool drive_source::is_ours() {
+    if (!m_is_ours) {
+        try {
+            const com::medium mark =
+                request_block(*m_data.Get(), com::registered_formats.quilldeck_data_object);
+            const com::global_lock locked(mark.get().hGlobal);
+            m_is_ours = number_at(locked.bytes(), 0) == 1;
+        } catch (const com::status_exception&) {
+            m_is_ours = false;
+        }
+    }
+    return *m_is_ours;
+}
+
+std::shared_ptr<vfs::file> drive_source::find_file(std::wstring_view path) {
+    if (!m_folder) {
+        m_folder = GetVfsDirectoryOfDataObject();
+    }
+    vfs::item_ptr item = m_folder;
+    for (std::size_t from = 0; from <= path.size();) {
+        const std::size_t to = std::min(path.find(L'\\', from), path.size());
+        const auto directory = std::dynamic_pointer_cast<vfs::directory>(item);
+        if (!directory) {
+            return nullptr;
+        }
+        item = directory->find_item_by_name(std::wstring(path.substr(from, to - from)), false);
+        from = to + 1;
+    }
+    return std::dynamic_pointer_cast<vfs::file>(item);
+}
+
+std::shared_ptr<vfs::directory> drive_source::GetVfsDirectoryOfDataObject() const {
+    const auto fail = [] {
+        throw CWrapperException(internal_error, L"Invalid argument in CFILEDESCRIPTORFile::"
+                                                L"GetVfsDirectoryOfDataObject( IDataObject* )");
+    };
+    try {
+        const com::medium array =
+            request_block(*m_data.Get(), com::registered_formats.shell_id_list_array);
+        const com::global_lock locked(array.get().hGlobal);
+        auto found = directory_of(vfs_quilldeck::get_client(utils::own_module())->get_root());
+        for (const shell::PIDLDATA& record : folder_records(locked.bytes())) {
+            found = directory_of(found->find_item_by_name(record.get_name(), false));
+        }
+        return found;
+    } catch (const com::status_exception&) {
+        fail();
+    } catch (const vfs::exception&) {
+        fail();
+    }
+    return nullptr;
+}
+
+} // namespace transfer
