@@ -6,6 +6,7 @@
 #include <boost/format.hpp>
 
 #include <algorithm>
+#include <exception>
 #include <mutex>
 #include <utility>
 
@@ -221,7 +222,25 @@ vfs::item_ptr directory::create_file_by(const wchar_t* action, const std::wstrin
     if (files.empty()) {
         throw exception(L"Parse error", L"Server side error");
     }
-    return make_file(files.front(), files.front().get_child_text(L"TempLocation"), open_mode);
+    const reply_node& made = files.front();
+    try {
+        return make_file(made, made.get_child_text(L"TempLocation"), open_mode);
+    } catch (...) {
+        // Its upload could not be opened, and nobody else knows that it is there.
+        remove_unopened(made.get_child_text(L"ID"));
+        throw;
+    }
+}
+
+void directory::remove_unopened(const std::wstring& raw_id) const noexcept {
+    try {
+        link_.request(L"remove_file", {{L"file_id", raw_id}});
+    } catch (const std::exception&) {
+        return;
+    } catch (const vfs::exception&) {
+        // What made the opening fail may well stand in the way here too.
+        return;
+    }
 }
 
 vfs::item_ptr directory::create_directory(const std::wstring& name) {

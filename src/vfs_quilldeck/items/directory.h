@@ -112,6 +112,7 @@ private:
     void clear_cache();
     vfs::item_ptr create_file_by(const wchar_t* action, const std::wstring& name, std::int64_t size,
                                  std::int32_t open_mode);
+    void remove_unopened(const std::wstring& raw_id) const noexcept;
     sharewith_item_ptr find_sharewith(const std::function<bool(const sharewith_item&)>& matches);
 
     const item_link link_;
