@@ -44,7 +44,7 @@ void put_date(VARIANT& value, const PIDLDATA& record) {
 struct property {
     GUID fmtid;
     DWORD pid;
-    bool live; ///< comes from the store, if it knows the item
+    bool live; ///< as the directory knows it by now
     VARTYPE type;
     void (*put)(VARIANT& value, const PIDLDATA& record);
 };
@@ -78,7 +78,7 @@ constexpr property properties[] = {
 
 void refresh(PIDLDATA& record, vfs::directory& directory) {
     try {
-        const auto item = directory.find_item_by_id(record.get_id(), false);
+        const auto item = directory.find_known_item_by_id(record.get_id());
         if (const auto file = std::dynamic_pointer_cast<vfs::file>(item)) {
             record.size = file->get_size();
             record.modification_date = to_ole_date(file->get_modification_date());

@@ -23,8 +23,8 @@ enum storage_property : DWORD {
 };
 
 /// Puts the property `key` of an item into `value`, whose old content is cleared. Size and write
-/// time are those that `directory`, where the item lies, knows by now; it may list itself for that,
-/// and may be null. Dates are in UTC. Throws E_NOTIMPL for a key that no item has, E_FAIL for a
+/// time are those that `directory`, where the item lies, knows by now; it asks nobody for them, and
+/// may be null. Dates are in UTC. Throws E_NOTIMPL for a key that no item has, E_FAIL for a
 /// property that this one has not.
 void get_property(PIDLDATA record, const SHCOLUMNID& key,
                   const std::shared_ptr<vfs::directory>& directory, VARIANT& value);

@@ -41,6 +41,11 @@ public:
     virtual item_ptr find_item_by_name(const std::wstring& name, bool refresh) = 0;
     /// The same by `get_id`.
     virtual item_ptr find_item_by_id(const std::wstring& id, bool refresh) = 0;
+
+    /// The child of that id as the directory knows it without asking anybody; null where it does
+    /// not. Of a directory that keeps no children nothing is known.
+    virtual item_ptr find_known_item_by_id(const std::wstring&) { return nullptr; }
+
     virtual void rename_item(const std::wstring& name, const std::wstring& new_name) = 0;
     virtual void rename_item(const item_ptr& item, const std::wstring& new_name) = 0;
     /// Moves a child to the Trash or, with `to_trash` false, deletes it for good.

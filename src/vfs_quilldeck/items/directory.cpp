@@ -14,14 +14,6 @@ namespace vfs_quilldeck {
 
 namespace {
 
-wchar_t fold_ascii(wchar_t c) {
-    return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c;
-}
-
-bool equal_without_case(const std::wstring& left, const std::wstring& right) {
-    return std::ranges::equal(left, right, {}, fold_ascii, fold_ascii);
-}
-
 bool is_directory(const vfs::item& item) {
     return item.get_type() == vfs::type_directory;
 }
@@ -75,10 +67,7 @@ void directory::restore() {
 
 std::vector<vfs::item_ptr> directory::get_items() {
     auto listed = list_items();
-    // The old children are let go after the lock: there may be many, and some end a transfer.
-    auto cached = listed;
-    const std::lock_guard guard(cache_lock_);
-    items_.swap(cached);
+    replace_cache(item_cache(listed));
     return listed;
 }
 
@@ -107,55 +96,39 @@ vfs::item_ptr directory::make_file(const reply_node& node, const std::wstring& t
 }
 
 vfs::item_ptr directory::find_item_by_name(const std::wstring& name, bool refresh) {
-    return find_item(name, refresh, [&name](const vfs::item& child) {
-        return equal_without_case(child.get_name(), name);
-    });
+    return find_item(name, refresh, &item_cache::find_by_name);
 }
 
 vfs::item_ptr directory::find_item_by_id(const std::wstring& id, bool refresh) {
-    return find_item(id, refresh, [&id](const vfs::item& child) {
-        return equal_without_case(child.get_id(), id);
-    });
+    return find_item(id, refresh, &item_cache::find_by_id);
 }
 
-vfs::item_ptr directory::find_item(const std::wstring& key, bool refresh, const matcher& matches) {
-    if (refresh || is_cache_empty()) {
-        // The listing itself is searched: another thread may clear the cache, or put an older
-        // listing there, at any time.
-        if (vfs::item_ptr found = find_among(get_items(), matches)) {
+vfs::item_ptr directory::find_known_item_by_id(const std::wstring& id) {
+    const std::lock_guard guard(cache_lock_);
+    return cache_.find_by_id(id);
+}
+
+vfs::item_ptr directory::find_item(const std::wstring& key, bool refresh, look_up by) {
+    if (!refresh) {
+        const std::lock_guard guard(cache_lock_);
+        if (vfs::item_ptr found = (cache_.*by)(key)) {
             return found;
         }
-        const auto text = L"File system error: item '%1%' not found in directory '%2%'";
-        throw item_not_found_exception(L"Item not found",
-                                       (boost::wformat(text) % key % get_name()).str());
     }
-    if (vfs::item_ptr found = find_cached(matches)) {
+    // The listing itself is searched: another thread may clear the cache, or put an older listing
+    // there, at any time.
+    item_cache listed(get_items());
+    if (vfs::item_ptr found = (listed.*by)(key)) {
         return found;
     }
-    return find_item(key, true, matches);
+    const auto text = L"File system error: item '%1%' not found in directory '%2%'";
+    throw item_not_found_exception(L"Item not found",
+                                   (boost::wformat(text) % key % get_name()).str());
 }
 
-vfs::item_ptr directory::find_cached(const matcher& matches) {
+void directory::replace_cache(item_cache other) {
     const std::lock_guard guard(cache_lock_);
-    return find_among(items_, matches);
-}
-
-vfs::item_ptr directory::find_among(const std::vector<vfs::item_ptr>& items,
-                                    const matcher& matches) {
-    const auto found = std::ranges::find_if(
-        items, [&matches](const vfs::item_ptr& child) { return matches(*child); });
-    return found == items.end() ? nullptr : *found;
-}
-
-bool directory::is_cache_empty() {
-    const std::lock_guard guard(cache_lock_);
-    return items_.empty();
-}
-
-void directory::clear_cache() {
-    std::vector<vfs::item_ptr> old;
-    const std::lock_guard guard(cache_lock_);
-    items_.swap(old);
+    std::swap(cache_, other);
 }
 
 void directory::rename_item(const std::wstring& name, const std::wstring& new_name) {
@@ -165,7 +138,7 @@ void directory::rename_item(const std::wstring& name, const std::wstring& new_na
 void directory::rename_item(const vfs::item_ptr& item, const std::wstring& new_name) {
     link_.request(is_directory(*item) ? L"rename_dir" : L"rename_file", id_param(item),
                   {{L"new_name", new_name}});
-    clear_cache();
+    replace_cache({});
 }
 
 void directory::delete_item(const std::wstring& name, bool to_trash) {
@@ -181,16 +154,7 @@ void directory::delete_item(const vfs::item_ptr& item, bool to_trash) {
 
     vfs::item_ptr removed;
     const std::lock_guard guard(cache_lock_);
-    auto found = std::ranges::find(items_, item);
-    if (found == items_.end()) {
-        found = std::ranges::find_if(items_, [&item](const vfs::item_ptr& child) {
-            return child->get_id() == item->get_id() && child->get_type() == item->get_type();
-        });
-    }
-    if (found != items_.end()) {
-        removed = std::move(*found);
-        items_.erase(found);
-    }
+    removed = cache_.remove(item);
 }
 
 vfs::item_ptr directory::create_file(const std::wstring& name) {
@@ -217,7 +181,7 @@ vfs::item_ptr directory::create_file_by(const wchar_t* action, const std::wstrin
                                                     {L"name", name},
                                                     {L"size", std::to_wstring(size)},
                                                     {L"is_pro", L"0"}});
-    clear_cache();
+    replace_cache({});
     const auto files = reply.get_children(L"File");
     if (files.empty()) {
         throw exception(L"Parse error", L"Server side error");
@@ -247,7 +211,7 @@ vfs::item_ptr directory::create_directory(const std::wstring& name) {
     link_.request(L"create_dir", {{L"dir_id", get_raw_id()},
                                   {L"dir_access", std::to_wstring(get_access())},
                                   {L"name", name}});
-    clear_cache();
+    replace_cache({});
     try {
         return std::dynamic_pointer_cast<vfs::directory>(find_item_by_name(name, false));
     } catch (const exception& cause) {

@@ -4,6 +4,7 @@
 #include "vfs/directory.h"
 #include "vfs_quilldeck/items/directory_fields.h"
 #include "vfs_quilldeck/items/item.h"
+#include "vfs_quilldeck/items/item_cache.h"
 #include "vfs_quilldeck/items/item_link.h"
 #include "vfs_quilldeck/wire/request_params.h"
 
@@ -11,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vfs_quilldeck {
@@ -65,6 +67,7 @@ public:
 
     vfs::item_ptr find_item_by_name(const std::wstring& name, bool refresh) override;
     vfs::item_ptr find_item_by_id(const std::wstring& id, bool refresh) override;
+    vfs::item_ptr find_known_item_by_id(const std::wstring& id) override;
     void rename_item(const std::wstring& name, const std::wstring& new_name) override;
     void rename_item(const vfs::item_ptr& item, const std::wstring& new_name) override;
     void delete_item(const std::wstring& name, bool to_trash) override;
@@ -102,14 +105,11 @@ protected:
     const item_link& get_item_link() const { return link_; }
 
 private:
-    using matcher = std::function<bool(const vfs::item&)>;
+    using look_up = vfs::item_ptr (item_cache::*)(std::wstring_view key);
 
-    vfs::item_ptr find_item(const std::wstring& key, bool refresh, const matcher& matches);
-    vfs::item_ptr find_cached(const matcher& matches);
-    static vfs::item_ptr find_among(const std::vector<vfs::item_ptr>& items,
-                                    const matcher& matches);
-    bool is_cache_empty();
-    void clear_cache();
+    vfs::item_ptr find_item(const std::wstring& key, bool refresh, look_up by);
+    /// What was in the cache is let go after the lock: there may be much, and some end a transfer.
+    void replace_cache(item_cache other);
     vfs::item_ptr create_file_by(const wchar_t* action, const std::wstring& name, std::int64_t size,
                                  std::int32_t open_mode);
     void remove_unopened(const std::wstring& raw_id) const noexcept;
@@ -121,7 +121,7 @@ private:
     /// Guards what follows; never held during a request.
     mutable utils::slim_lock cache_lock_;
     std::wstring description_;
-    std::vector<vfs::item_ptr> items_;
+    item_cache cache_;
 };
 
 } // namespace vfs_quilldeck

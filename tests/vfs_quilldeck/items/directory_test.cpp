@@ -22,6 +22,7 @@ protected:
 
 TEST_F(remote_directory, asks_the_store_only_where_its_cache_cannot_answer) {
     const auto folder = make_folder(L"Lookups");
+    vfs::item_ptr found;
 
     const struct {
         std::function<void()> act;
@@ -38,8 +39,11 @@ TEST_F(remote_directory, asks_the_store_only_where_its_cache_cannot_answer) {
         // A refusal leaves the cache as it is, a change clears it, and a deletion thins it.
         {[&] { EXPECT_THROW(folder->create_directory(L"SECOND"), exception); }, "create_dir"},
         {[&] { EXPECT_THROW(folder->rename_item(L"Second", L"first"), exception); }, "rename_dir"},
-        {[&] { folder->find_item_by_name(L"Second", false); }, ""},
+        {[&] { found = folder->find_item_by_name(L"Second", false); }, ""},
+        {[&] { EXPECT_EQ(folder->find_known_item_by_id(found->get_id()), found); }, ""},
+        {[&] { EXPECT_EQ(folder->find_known_item_by_id(L"a"), nullptr); }, ""},
         {[&] { folder->rename_item(L"second", L"Third"); }, "rename_dir"},
+        {[&] { EXPECT_EQ(folder->find_known_item_by_id(found->get_id()), nullptr); }, ""},
         {[&] { folder->find_item_by_name(L"Third", false); }, "list_dir"},
         {[&] { folder->delete_item(L"third", true); }, "move_dir_to_trash"},
         {[&] { folder->find_item_by_name(L"First", false); }, ""},
@@ -59,6 +63,27 @@ TEST_F(remote_directory, asks_the_store_only_where_its_cache_cannot_answer) {
     EXPECT_EQ(failure_of([&] { folder->create_directory(L"x\x800y"); }),
               L"Error creating directory: File system error: item 'x\x800y' not found in directory "
               L"'Lookups'");
+}
+
+TEST_F(remote_directory, finds_the_first_of_its_children_with_a_key) {
+    const auto folder = make_folder(L"Equals");
+    answer(
+        "<R><Directory><ID>1</ID><Name>a</Name></Directory><Directory><ID>2</ID><Name>\u00c4</Name>"
+        "</Directory><File><ID>dir_1</ID><Name>A</Name></File></R>");
+    const auto items = folder->get_items();
+    ASSERT_EQ(items.size(), 3u);
+    control.reset();
+    EXPECT_EQ(folder->find_item_by_name(L"A", false), items[0]);
+    EXPECT_EQ(folder->find_item_by_id(L"DIR_1", false), items[0]);
+    EXPECT_EQ(folder->find_item_by_name(L"\u00c4", false), items[1]);
+    EXPECT_EQ(asked(), "");
+    // Each of the two that share an id goes by itself.
+    answer("<R></R>");
+    folder->delete_item(items[0], false);
+    EXPECT_EQ(folder->find_known_item_by_id(L"dir_1"), items[2]);
+    folder->delete_item(items[2], false);
+    EXPECT_EQ(folder->find_known_item_by_id(L"dir_1"), nullptr);
+    EXPECT_EQ(folder->find_known_item_by_id(L"dir_2"), items[1]);
 }
 
 TEST_F(remote_directory, reads_the_fields_of_a_listing) {
