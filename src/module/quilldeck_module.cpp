@@ -1,8 +1,10 @@
 #include "module/quilldeck_module.h"
 
+#include "com/class_factory.h"
 #include "com/guard.h"
 #include "com/module_lock.h"
 #include "dialogs/login/sign_in.h"
+#include "shell/shell_folder.h"
 #include "shell_items/seams.h"
 #include "transfer/stream.h"
 
@@ -17,8 +19,11 @@ constexpr auto application_id = L"{94606AEB-2398-46B6-9DFC-1072D35058F1}";
 CQuilldeckModule the_module;
 
 CQuilldeckModule::CQuilldeckModule() noexcept : m_formats(com::registered_formats) {
-    shell::set_seams(
-        {.sign_in = &dialogs::ensure_logged_in, .create_stream = &transfer::create_stream});
+    shell::set_seams({
+        .dialogs = {.sign_in = &dialogs::ensure_logged_in},
+        .transfer = {.create_stream = &transfer::create_stream},
+        .folders = {.create_drive = &com::create<shell::CShellFolderImpl>},
+    });
 }
 
 CQuilldeckModule::~CQuilldeckModule() {

@@ -61,14 +61,21 @@ HRESULT CExtractIconImpl::GetIconLocation(UINT flags, LPWSTR icon_file, UINT ico
 HRESULT CExtractIconImpl::Extract(LPCWSTR, UINT, HICON* large_icon, HICON* small_icon,
                                   UINT) noexcept {
     return com::guard([&] {
-        com::cleared(large_icon);
-        com::cleared(small_icon);
+        // A caller leaves out the size that he does not want.
+        HICON left_out = nullptr;
+        HICON& large = com::cleared(large_icon ? large_icon : &left_out);
+        HICON& small = com::cleared(small_icon ? small_icon : &left_out);
         if (m_for_shell) {
             return S_FALSE;
         }
-        unique_icon large(ask_platform(m_record, m_open, SHGFI_ICON).hIcon);
-        *small_icon = ask_platform(m_record, m_open, SHGFI_ICON | SHGFI_SMALLICON).hIcon;
-        *large_icon = large.release();
+        unique_icon found;
+        if (large_icon) {
+            found.reset(ask_platform(m_record, m_open, SHGFI_ICON).hIcon);
+        }
+        if (small_icon) {
+            small = ask_platform(m_record, m_open, SHGFI_ICON | SHGFI_SMALLICON).hIcon;
+        }
+        large = found.release();
         return S_OK;
     });
 }

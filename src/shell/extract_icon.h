@@ -19,8 +19,9 @@ public:
     /// Where the platform finds the icon. `result_flags` is only added to.
     HRESULT STDMETHODCALLTYPE GetIconLocation(UINT flags, LPWSTR icon_file, UINT icon_file_size,
                                               int* index, UINT* result_flags) noexcept override;
-    /// Both icons in the platform's sizes, for the caller to destroy. S_FALSE where the last
-    /// location was asked for by the shell, which then extracts from it by itself.
+    /// The icon in the platform's two sizes, for the caller to destroy; a null pointer is skipped.
+    /// S_FALSE where the last location was asked for by the shell, which then extracts from it by
+    /// itself.
     HRESULT STDMETHODCALLTYPE Extract(LPCWSTR file, UINT index, HICON* large_icon,
                                       HICON* small_icon, UINT size) noexcept override;
 

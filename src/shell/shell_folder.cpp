@@ -49,9 +49,10 @@ HRESULT CShellFolderImpl::ensure_connected(HWND owner, bool quiet) noexcept {
     try {
         if (!m_client) {
             const HMODULE module = utils::own_module();
-            const utils::mutex_hold hold(m_login_mutex);
+            // Whoever asks for the dialog takes the mutex there, and all who ask with him; nobody
+            // else waits for a user in front of it.
             if (!vfs_quilldeck::is_logged_in(module) &&
-                (quiet || !get_seams().sign_in(m_login_mutex, owner))) {
+                (quiet || !get_seams().dialogs.sign_in(m_login_mutex, owner))) {
                 return E_FAIL;
             }
             m_client = vfs_quilldeck::get_client(module);
@@ -113,7 +114,11 @@ HRESULT CShellFolderImpl::InitializeEx(IBindCtx*, PCIDLIST_ABSOLUTE list,
 HRESULT CShellFolderImpl::GetCurFolder(PIDLIST_ABSOLUTE* result) {
     return guard([&] {
         com::cleared(result);
+        if (!m_root.has_head()) {
+            return S_FALSE;
+        }
         *result = get_absolute_list().release();
+        return S_OK;
     });
 }
 

@@ -11,6 +11,7 @@
 
 #include <list>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -145,7 +146,8 @@ public:
 private:
     /// The gate before all that needs the store: takes the session's client, unless that was done
     /// before, and its root where no item is set. Without `quiet` a user who has not signed in is
-    /// asked to. Failures are shown on top of `owner` and give E_FAIL.
+    /// asked to; with it nobody is waited for. Failures are shown on top of `owner` and give
+    /// E_FAIL.
     HRESULT ensure_connected(HWND owner, bool quiet) noexcept;
     std::shared_ptr<vfs::directory> get_directory() const;
     /// Nothing in the Trash can be entered.
@@ -155,17 +157,35 @@ private:
                                      const std::vector<vfs::item_ptr>& items, SHCONTF flags);
 
     HRESULT open_stream(const vfs::item_ptr& item, REFIID iid, void** result) const;
-    HRESULT create_view(REFIID iid, void** result);
+
+    // What `CreateViewObject` makes of the folder itself.
+    HRESULT create_view(HWND owner, REFIID iid, void** result);
+    HRESULT create_destination(HWND owner, REFIID iid, void** result);
+    HRESULT create_own_stream(HWND owner, REFIID iid, void** result);
+    HRESULT create_own_image(HWND owner, REFIID iid, void** result);
+    HRESULT create_drop_target(HWND owner, REFIID iid, void** result);
+
+    // What `GetUIObjectOf` makes of its items.
+    using item_lists = std::span<const PCUITEMID_CHILD>;
+    HRESULT create_icon(HWND owner, item_lists items, REFIID iid, void** result);
+    HRESULT create_image(HWND owner, item_lists items, REFIID iid, void** result);
+    HRESULT create_data_object(HWND owner, item_lists items, REFIID iid, void** result);
+    HRESULT create_drop_source(HWND owner, item_lists items, REFIID iid, void** result);
+    HRESULT create_item_drop_target(HWND owner, item_lists items, REFIID iid, void** result);
 
     std::wstring get_display_name(const CItemIDList& list, SHGDNF flags) const;
     /// `m_path` with a separator behind it; nothing for the drive itself.
     std::wstring get_path_prefix() const;
+    /// The same as a part of a local path. Throws for a name that no local folder can have.
+    std::wstring get_local_path_prefix() const;
     /// How the shell names the drive, with a separator.
     std::wstring get_root_prefix(SHGDNF flags) const;
-    /// The folder in which hosts other than the file manager look for the files of the drive, with
-    /// a separator. Is made if need be.
-    std::wstring get_local_prefix() const;
+    std::wstring get_user_name() const;
+    /// The path at which hosts other than the file manager look for an item. Makes the folders that
+    /// lead there.
     std::wstring get_local_path(const CItemIDList& list) const;
+    /// What an absolute path begins with. Makes no folder.
+    std::vector<std::wstring> get_prefixes() const;
     CItemIDList parse(IBindCtx* context, std::wstring text, ULONG& eaten);
     /// A record for a file that a save dialog is about to make behind `list`.
     void append_new_file(CItemIDList& list, const std::wstring& name) const;

@@ -5,7 +5,9 @@
 #include "shell/shell_folder.h"
 #include "shell_items/change_notice.h"
 #include "shell_items/host_process.h"
+#include "shell_items/local_name.h"
 #include "shell_items/local_paths.h"
+#include "syncer/manager.h"
 #include "ui/message.h"
 #include "utils/module.h"
 #include "vfs/exceptions.h"
@@ -37,6 +39,10 @@ std::wstring CShellFolderImpl::get_path_prefix() const {
     return m_path.count() == 0 ? std::wstring() : m_path.path_string() + separator;
 }
 
+std::wstring CShellFolderImpl::get_local_path_prefix() const {
+    return m_path.count() == 0 ? std::wstring() : local_path(m_path) + separator;
+}
+
 std::wstring CShellFolderImpl::get_root_prefix(SHGDNF flags) const {
     const com::unique_id_list root = m_root.to_list();
     if (!root) {
@@ -53,24 +59,26 @@ std::wstring CShellFolderImpl::get_root_prefix(SHGDNF flags) const {
     return std::wstring(text) + separator;
 }
 
-std::wstring CShellFolderImpl::get_local_prefix() const {
+std::wstring CShellFolderImpl::get_user_name() const {
     // Read from what this process or the session process holds: the store is not asked.
     const vfs::user_info user =
         m_client ? m_client->get_user_info() : vfs_quilldeck::get_user_info(utils::own_module());
-    return files_saved_folder(user.user_name) + separator;
+    return user.user_name;
 }
 
 std::wstring CShellFolderImpl::get_local_path(const CItemIDList& list) const {
     const bool is_directory = list.count() > 0 && list.last().is_directory();
-    std::wstring path = get_local_prefix() + get_path_prefix();
+    const std::wstring below = local_path(list);
+    std::wstring path = syncer::manager::get_files_saved_directory(get_user_name()).native() +
+                        separator + get_local_path_prefix();
     if (is_directory) {
-        path += list.path_string();
+        path += below;
     }
     // The host may find no folder there; the name stays the right one.
     std::error_code ignored;
     std::filesystem::create_directories(path, ignored);
     if (!is_directory) {
-        path += list.path_string();
+        path += below;
     }
     return path;
 }
@@ -124,11 +132,23 @@ HRESULT CShellFolderImpl::ParseDisplayName(HWND owner, IBindCtx* context, LPWSTR
     });
 }
 
+std::vector<std::wstring> CShellFolderImpl::get_prefixes() const {
+    std::vector<std::wstring> prefixes{get_root_prefix(SHGDN_NORMAL),
+                                       get_root_prefix(SHGDN_FORADDRESSBAR)};
+    try {
+        prefixes.push_back(files_saved_folder(get_user_name()) + separator);
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception&) {
+        // There can be no such folder, so that no host was ever told a path in it.
+    }
+    return prefixes;
+}
+
 CItemIDList CShellFolderImpl::parse(IBindCtx* context, std::wstring text, ULONG& eaten) {
     CItemIDList list;
     vfs::item_ptr item = m_item;
-    for (const std::wstring& prefix : {get_root_prefix(SHGDN_NORMAL),
-                                       get_root_prefix(SHGDN_FORADDRESSBAR), get_local_prefix()}) {
+    for (const std::wstring& prefix : get_prefixes()) {
         if (text.starts_with(prefix)) {
             list = m_root;
             item = m_client->get_root();
@@ -162,10 +182,12 @@ CItemIDList CShellFolderImpl::parse(IBindCtx* context, std::wstring text, ULONG&
 
 void CShellFolderImpl::append_new_file(CItemIDList& list, const std::wstring& name) const {
     PIDLDATA record;
-    record.set_name(name);
+    record.set_name(local_name(name));
     list.append(record);
+    const std::wstring path =
+        filter_folder() + separator + get_local_path_prefix() + local_path(list);
     try {
-        add_to_save_as_list(filter_folder() + separator + get_path_prefix() + list.path_string());
+        add_to_save_as_list(path);
     } catch (const std::exception&) {
         // The dialog goes on: the file can still be written, though it will not go up by itself.
     } catch (const vfs::exception&) {

@@ -25,12 +25,8 @@ constexpr program programs[] = {
 } // namespace
 
 process_kind get_process_kind(DWORD process_id) noexcept {
-    // The shell asks for each item, and reading the own memory by a handle is slow. The platform's
-    // name for the own process is no handle, so that closing it does nothing.
     const utils::unique_handle process(
-        process_id == GetCurrentProcessId()
-            ? GetCurrentProcess()
-            : OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, process_id));
+        OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE, process_id));
     HMODULE executable = nullptr;
     DWORD needed = 0;
     wchar_t path[MAX_PATH];
@@ -50,7 +46,9 @@ process_kind get_process_kind(DWORD process_id) noexcept {
 }
 
 bool is_file_manager() noexcept {
-    return get_process_kind(GetCurrentProcessId()) == process_file_manager;
+    // The shell asks for each item, and no process changes its program.
+    static const process_kind own_kind = get_process_kind(GetCurrentProcessId());
+    return own_kind == process_file_manager;
 }
 
 } // namespace shell

@@ -15,7 +15,8 @@ enum process_kind : int {
 /// Which program a process runs, by the name of its executable. Asked afresh each time.
 process_kind get_process_kind(DWORD process_id) noexcept;
 
-/// Whether this process is the file manager. All others are shown a drive of local files.
+/// Whether this process is the file manager; found once. All others are shown a drive of local
+/// files.
 bool is_file_manager() noexcept;
 
 } // namespace shell

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "com/class_ids.h"
+#include "vfs/directory.h"
 
 #include <oaidl.h>
+
+#include <memory>
 
 namespace shell {
 
@@ -19,6 +22,12 @@ struct IShellFolderImpl : IUnknown {
 };
 
 #pragma GCC diagnostic pop
+
+/// The live item behind `folder`, any interface of a folder of the drive, by its `GetObject`.
+/// Throws a status: that of `GetObject`, or E_NOINTERFACE for a foreign folder.
+vfs::item_ptr get_item(IUnknown& folder, HWND owner);
+/// The same of a folder that stands on a directory. Throws E_FAIL for any other.
+std::shared_ptr<vfs::directory> get_directory(IUnknown& folder, HWND owner);
 
 } // namespace shell
 

@@ -80,6 +80,11 @@ TEST_F(icons, are_extracted_in_both_sizes_unless_the_shell_does_it) {
     EXPECT_EQ(width_of(small), GetSystemMetrics(SM_CXSMICON));
     EXPECT_TRUE(DestroyIcon(large));
     EXPECT_TRUE(DestroyIcon(small));
+    // A caller may want one size only.
+    ASSERT_EQ(extractor->Extract(L"", 0, nullptr, &small, 0), S_OK);
+    EXPECT_TRUE(DestroyIcon(small));
+    ASSERT_EQ(extractor->Extract(L"", 0, &large, nullptr, 0), S_OK);
+    EXPECT_TRUE(DestroyIcon(large));
 
     extractor->GetIconLocation(GIL_FORSHELL | GIL_OPENICON, path, MAX_PATH, &index, &flags);
     EXPECT_EQ(extractor->Extract(L"", 0, &large, &small, 0), S_FALSE);

@@ -11,9 +11,11 @@
 #include "transfer/stream.h"
 #include "utils/module.h"
 #include "vfs_quilldeck/session/identity_block.h"
+#include "vfs_quilldeck/session/session_objects.h"
 
 #include <commctrl.h>
 
+#include <latch>
 #include <thread>
 #include <tuple>
 
@@ -21,19 +23,39 @@ namespace shell {
 
 namespace {
 
+/// Holds a named mutex for as long as it lives, on a thread of its own.
+class holder {
+public:
+    explicit holder(const wchar_t* name) {
+        std::latch held(1);
+        m_thread = std::jthread([&held, name](const std::stop_token& stop) {
+            utils::named_mutex mutex(name);
+            const utils::mutex_hold hold(mutex);
+            held.count_down();
+            while (!stop.stop_requested()) {
+                Sleep(1);
+            }
+        });
+        held.wait();
+    }
+
+private:
+    std::jthread m_thread;
+};
+
 class desk : public signed_in {
 protected:
     desk() {
         asked_to_sign_in = 0;
         signs_in = true;
-        set_seams({[](utils::named_mutex&, HWND) {
+        set_seams({.dialogs = {[](utils::named_mutex&, HWND) {
                        ++asked_to_sign_in;
                        if (signs_in) {
                            sign_in();
                        }
                        return signs_in;
-                   },
-                   transfer::create_stream});
+                   }},
+                   .transfer = {.create_stream = transfer::create_stream}});
     }
 
     /// A new folder in the store, as a folder of the shell.
@@ -48,6 +70,8 @@ protected:
 };
 
 TEST_F(desk, asks_to_sign_in_when_it_is_opened_only) {
+    // Whoever is asked to sign in elsewhere keeps nobody here from work.
+    const holder dialog_elsewhere(vfs_quilldeck::login_mutex_name);
     vfs_quilldeck::write_shared_user_info(utils::own_module(), {});
     signs_in = false;
     void* result = nullptr;
@@ -145,6 +169,11 @@ TEST_F(desk, reads_and_writes_files_through_streams) {
     CItemIDList lost(file.get(), false);
     lost.last().id[0] = L'x';
     const auto lost_list = lost.to_list();
+    control.reset();
+    com::variant old_size;
+    EXPECT_EQ(folder->GetDetailsEx(lost_list.get(), &key, &old_size.get()), S_OK);
+    EXPECT_EQ(old_size.get().ullVal, 0u);
+    EXPECT_TRUE(control.log().empty()) << "a view that shows cells does not wait for the store";
     const auto directory = parse(*drive.Get(), L"streams");
     const auto bind = [](IShellFolder& from, const com::unique_id_list& item, const IID& iid) {
         ComPtr<IUnknown> result;
@@ -157,6 +186,22 @@ TEST_F(desk, reads_and_writes_files_through_streams) {
     const auto on_file = open(*folder.Get(), L"new.txt");
     EXPECT_EQ(on_file->CreateViewObject(nullptr, IID_PPV_ARGS(&stream)), S_OK);
     EXPECT_TRUE(list(*on_file.Get(), all_items).empty());
+}
+
+TEST_F(desk, leaves_nothing_behind_where_no_stream_can_be_made) {
+    const auto folder = make_folder(L"no streams");
+    ComPtr<IStorage> storage;
+    ASSERT_EQ(folder.As(&storage), S_OK);
+    ComPtr<IStream> stream;
+    for (const auto* name : {L"a\\b", L"a/b", L"..", L"a:b", L""}) {
+        EXPECT_EQ(storage->CreateStream(name, STGM_CREATE, 0, 0, &stream), E_FAIL);
+    }
+    set_seams({.transfer = {.create_stream = [](const vfs::item_ptr&, REFIID, void**) {
+                   return E_OUTOFMEMORY;
+               }}});
+    EXPECT_EQ(storage->CreateStream(L"a", STGM_CREATE, 0, 0, &stream), E_FAIL);
+    EXPECT_FALSE(stream);
+    EXPECT_TRUE(directory_of(*folder.Get())->get_items().empty());
 }
 
 TEST_F(desk, hands_out_what_views_ask_for) {
@@ -186,6 +231,9 @@ TEST_F(desk, hands_out_what_views_ask_for) {
     }
     ComPtr<ITransferDestination> destination;
     EXPECT_EQ(pictures->CreateViewObject(nullptr, IID_PPV_ARGS(&destination)), S_OK);
+    ITEMIDLIST* place = nullptr;
+    EXPECT_EQ(com::make<CShellFolderImpl>()->GetCurFolder(&place), S_FALSE) << "it has none yet";
+    EXPECT_EQ(place, nullptr);
 
     const auto callback = com::make<CShellFolderViewCBImpl>(drive_list());
     const ITEMIDLIST* watched = nullptr;

@@ -99,15 +99,15 @@ TEST_F(names, may_be_those_of_files_that_a_dialog_will_make) {
     save_as_list shared;
     shared.set(L"");
     const auto documents = open(*drive.Get(), L"Documents");
-    ASSERT_EQ(parse_all(*documents.Get(), L"new \u00e9 < 1.txt", STGM_CREATE), S_OK);
+    ASSERT_EQ(parse_all(*documents.Get(), L"new \u00e9 1.txt", STGM_CREATE), S_OK);
     EXPECT_EQ(attributes, 0u);
     EXPECT_EQ(eaten, 0u);
     PIDLDATA expected;
-    expected.set_name(L"new \u00e9 < 1.txt");
+    expected.set_name(L"new \u00e9 1.txt");
     EXPECT_EQ(bytes_of(result.get()), bytes_of(CItemIDList(expected).to_list().get()));
     const std::wstring entry =
         L"<NewFile>" + utils::filesystem::get_special_directory(0) + L"\\Quilldeck\\Filter temp\\";
-    const std::wstring first = entry + L"Documents\\new \u00e9 \\< 1.txt</NewFile>";
+    const std::wstring first = entry + L"Documents\\new \u00e9 1.txt</NewFile>";
     EXPECT_EQ(shared.text(), L"<SaveAsFiles>" + first + L"</SaveAsFiles>");
     ASSERT_EQ(parse_all(*drive.Get(), L"Documents\\b.txt", STGM_CREATE), S_OK);
     EXPECT_EQ(eaten, 10u);
@@ -115,7 +115,10 @@ TEST_F(names, may_be_those_of_files_that_a_dialog_will_make) {
         L"<SaveAsFiles>" + first + entry + L"Documents\\b.txt</NewFile></SaveAsFiles>";
     EXPECT_EQ(shared.text(), both);
 
-    EXPECT_EQ(parse_all(*drive.Get(), L"missing\\b.txt", STGM_CREATE), E_FAIL);
+    for (const auto* refused : {L"missing\\b.txt", L"", L"Documents\\", L"..", L"Documents\\a/b",
+                                L"Documents\\b.txt:stream", L"nul.txt"}) {
+        EXPECT_EQ(parse_all(*drive.Get(), refused, STGM_CREATE), E_FAIL) << fs::path(refused);
+    }
     EXPECT_EQ(shared.text(), both);
     // A list that is full or broken stays as it is, and the dialog goes on.
     const std::wstring full =
@@ -137,6 +140,8 @@ TEST_F(names, depend_on_the_host) {
     for (const int flags : {int{SHGDN_FORADDRESSBAR}, SHGDN_INFOLDER | SHGDN_FORPARSING}) {
         EXPECT_EQ(name_of(*documents.Get(), item.get(), static_cast<SHGDNF>(flags)), below);
     }
+    parse(*drive.Get(), saved + L"Documents\\Plan.pdf");
+    EXPECT_FALSE(fs::exists(saved)) << "only for those who are told a path in it";
     EXPECT_EQ(name_of(*drive.Get(), CItemIDList().to_list().get(), SHGDN_FORPARSING), saved);
     EXPECT_FALSE(fs::exists(saved + L"Documents"));
     EXPECT_EQ(name_of(*documents.Get(), item.get(), SHGDN_FORPARSING | SHGDN_FORADDRESSBAR),
@@ -144,6 +149,19 @@ TEST_F(names, depend_on_the_host) {
     EXPECT_EQ(name_of(*documents.Get(), item.get(), SHGDN_FORPARSING),
               saved + L"Documents\\" + below);
     EXPECT_TRUE(fs::is_directory(saved + L"Documents"));
+
+    // What the store tells stays in that folder.
+    for (const auto* name : {L"..", L".. ", L"..\\x", L"a/b", L"C:", L"a:b", L"con.txt", L"*"}) {
+        PIDLDATA record;
+        record.type = vfs::type_directory;
+        record.set_name(name);
+        const auto way = (CItemIDList(record) + CItemIDList(item.get(), false)).to_list();
+        STRRET told{};
+        EXPECT_EQ(drive->GetDisplayNameOf(way.get(), SHGDN_FORPARSING, &told), E_FAIL)
+            << fs::path(name);
+        EXPECT_EQ(name_of(*drive.Get(), way.get(), SHGDN_INFOLDER), name + (L"\\" + below));
+    }
+    EXPECT_FALSE(fs::exists(saved + L"a"));
 
     // The same program under the names of others.
     const fs::path copies = fs::temp_directory_path() / L"hosts";

@@ -91,15 +91,11 @@ std::string bytes_of(const ITEMIDLIST* list) {
 }
 
 vfs::item_ptr item_of(IShellFolder& folder) {
-    ComPtr<IShellFolderImpl> ours;
-    com::check(folder.QueryInterface(IID_PPV_ARGS(&ours)));
-    VARIANT item{};
-    com::check(ours->GetObject(nullptr, &item));
-    return *static_cast<vfs::item_ptr*>(item.byref);
+    return get_item(folder, nullptr);
 }
 
 std::shared_ptr<vfs::directory> directory_of(IShellFolder& folder) {
-    return std::dynamic_pointer_cast<vfs::directory>(item_of(folder));
+    return get_directory(folder, nullptr);
 }
 
 } // namespace shell
