@@ -2,6 +2,7 @@
 from __future__ import annotations
 
 import ipaddress
+import logging
 import threading
 import time
 from collections import Counter
@@ -9,6 +10,7 @@ from collections import Counter
 from .wire import Failure
 
 MAX_ADDRESSES = 10_000
+_log = logging.getLogger("quilldeck")
 
 
 def network(address: str) -> str:
@@ -48,6 +50,9 @@ class Limit:
             if len(self._spent) > MAX_ADDRESSES:
                 # The address that was heard of longest ago.
                 del self._spent[next(iter(self._spent))]
+        if len(recent) == self._allowed and not refused:
+            # Once in each time, so that nobody fills the log.
+            _log.warning("%s: too many from %s", self._refusal.name, address)
         if refused:
             raise Failure(self._refusal.name, self._refusal.description)
 

@@ -16,7 +16,8 @@ h2 { font-size: 1.25rem; margin-top: 2rem; }
 ul { list-style: none; padding: 0; }
 li { border-top: 1px solid #8888; }
 li a { display: flex; justify-content: space-between; gap: 1rem; padding: .75rem .25rem;
-  min-height: 1.5rem; }
+  min-height: 1.5rem; text-decoration: none; }
+li bdi { text-decoration: underline; }
 li span { white-space: nowrap; }
 form { margin: 1rem 0; }
 label { display: block; margin: .75rem 0; }
@@ -75,19 +76,23 @@ def links(entries: list[tuple[str, str, str]]) -> str:
 
 def form(action: str, button: str, fields: list[tuple[str, str, str, str]] | None = None,
          values: dict[str, str] | None = None) -> str:
-    """A form that posts; each field is name, label, type and what a browser may fill in."""
+    """A form that posts; each field is name, label, type and what a browser may fill in. With the
+    `values` of an answer that was refused it is where the user goes on."""
     lines = "".join(
         f'<label>{html.escape(label)}<input name="{name}" type="{kind}" autocomplete="{fill}" '
         f'maxlength="256" autocapitalize="none"'
         + (f' value="{html.escape((values or {}).get(name, ""))}"' if kind != "password" else "")
-        + (" required" if name not in ("first_name", "last_name") else "") + "></label>\n"
-        for name, label, kind, fill in fields or ())
+        + (" required" if name not in ("first_name", "last_name") else "")
+        + (" autofocus" if values is not None and number == 0 else "") + "></label>\n"
+        for number, (name, label, kind, fill) in enumerate(fields or ()))
     return (f'<form method="post" action="{html.escape(action)}">{lines}'
             f"<button>{html.escape(button)}</button></form>\n")
 
 
 def size(count: int) -> str:
     """A count of bytes for people."""
+    if count == 1:
+        return "1 byte"
     value = float(count)
     for unit in ("bytes", "KB", "MB", "GB"):
         if value < 1024:

@@ -9,6 +9,7 @@ import ipaddress
 import json
 import logging
 import os
+import resource
 import signal
 import socket
 import sqlite3
@@ -175,6 +176,9 @@ def _refuse_demo_accounts(options: argparse.Namespace, store: Store) -> None:
 
 def run(options: argparse.Namespace) -> int:
     """Serves until SIGTERM or SIGINT; returns the exit code."""
+    # A connection is a descriptor, and a transfer some more; the usual bound is for programs.
+    _, most = resource.getrlimit(resource.RLIMIT_NOFILE)
+    resource.setrlimit(resource.RLIMIT_NOFILE, (min(most, 16384), most))
     logging.basicConfig(level=logging.WARNING, format="%(asctime)s %(name)s: %(message)s")
     public_address = _address(options.public_host)
     https = _listen(options.host, options.https_port, "HTTPS")

@@ -1,7 +1,8 @@
 #!/bin/bash
 # setup: install what is missing and build the libraries
 #
-# Installs the Debian packages of tools/build/packages.txt that are not there yet (as root), builds
+# Installs the Debian packages of tools/build/packages.txt that are not there yet (as root), and those
+# that are named behind the command, for what only a few need; builds
 # the libraries that we link with, and makes the template of the Wine prefixes. The libraries and
 # the template lie in QUILLDECK_CACHE (default ~/.cache/quilldeck) and serve every clone of a user:
 # where root has installed the packages, each user's first command makes his own.
@@ -13,6 +14,7 @@ set -euo pipefail
 missing_packages() {
     local wanted
     mapfile -t wanted < <(sed '/^#/d; /^$/d' "$ROOT/tools/build/packages.txt")
+    wanted+=("${@:2}")
     # dpkg-query fails when it does not know a package: that is what we want to hear about.
     { dpkg-query -W -f '${db:Status-Status} ${Package}\n' "${wanted[@]}" 2>/dev/null || true; } |
         sed -n 's/^installed //p' | sort >"$1"
@@ -52,7 +54,7 @@ install_packages() {
 command -v dpkg-query >/dev/null || die "this is no Debian: Quilldeck is built on Debian 12"
 list=$(mktemp)
 trap 'rm -f "$list"' EXIT
-mapfile -t missing < <(missing_packages "$list")
+mapfile -t missing < <(missing_packages "$list" "$@")
 if [ ${#missing[@]} != 0 ]; then
     # shellcheck source=/dev/null
     release=$(. /etc/os-release && echo "$ID ${VERSION_ID:-}")
