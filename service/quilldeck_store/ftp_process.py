@@ -156,30 +156,34 @@ def _renew(options: FtpOptions) -> bool:
 
 
 def _listen(pipe: Connection, options: FtpOptions) -> None:
-    """Answers the parent's messages; ends the process when the parent is gone."""
-    while True:
-        try:
+    """Answers the parent's messages; ends the process when the parent is gone, which may show
+    itself at an answer, too: nothing else would let go of the data folder and the port."""
+    try:
+        while True:
             number, kind, *values = pipe.recv()
-        except EOFError:
-            os._exit(1)
-        answer: dict[str, int] = {}
-        if kind == "end":
-            Services.writers.end(values[0])
-        elif kind == "certificate":
-            answer = {"renewed": _renew(options)}
-        elif kind == "fault":
-            fault = values[0]
-            if fault["kind"] == "cut_control" and "command" in fault:
-                fault["kind"] = "cut_command"
-            Services.faults.add(fault)
-        elif kind == "reset":
-            Services.faults.clear()
-            with Services.lock:
-                for name in ("ftp_logins", "ftp_data_connections"):
-                    Services.counts[name] = 0
-        elif kind == "stats":
-            with Services.lock:
-                answer = {name: Services.counts[name] for name in (
-                    "ftp_sessions", "ftp_logins", "ftp_data_connections", "active_transfers")}
-            answer["active_uploads"] = Services.writers.count
-        pipe.send((number, answer))
+            pipe.send((number, _answer(kind, values, options)))
+    except (EOFError, OSError):
+        os._exit(1)
+
+
+def _answer(kind: str, values: list[Any], options: FtpOptions) -> dict[str, int]:
+    if kind == "end":
+        Services.writers.end(values[0])
+    elif kind == "certificate":
+        return {"renewed": _renew(options)}
+    elif kind == "fault":
+        fault = values[0]
+        if fault["kind"] == "cut_control" and "command" in fault:
+            fault["kind"] = "cut_command"
+        Services.faults.add(fault)
+    elif kind == "reset":
+        Services.faults.clear()
+        with Services.lock:
+            for name in ("ftp_logins", "ftp_data_connections"):
+                Services.counts[name] = 0
+    elif kind == "stats":
+        with Services.lock:
+            counts = {name: Services.counts[name] for name in (
+                "ftp_sessions", "ftp_logins", "ftp_data_connections", "active_transfers")}
+        return counts | {"active_uploads": Services.writers.count}
+    return {}

@@ -194,8 +194,11 @@ class QuietAboutPeers(logging.Filter):
     """Keeps what peers do wrong out of the log; what the store does wrong stays."""
 
     def filter(self, record: logging.LogRecord) -> bool:
+        # Our own assertions never come here: the library's do, where a peer that sent several
+        # requests at once is gone before the last is looked at.
         cause = record.exc_info[1] if record.exc_info else None
-        return not isinstance(cause, (HttpProcessingError, ConnectionError, asyncio.TimeoutError))
+        return not isinstance(cause, (HttpProcessingError, ConnectionError, asyncio.TimeoutError,
+                                      AssertionError))
 
 
 def tls_context(certificate: str, tls_max: str) -> ssl.SSLContext:

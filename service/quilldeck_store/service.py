@@ -181,13 +181,18 @@ def run(options: argparse.Namespace) -> int:
     resource.setrlimit(resource.RLIMIT_NOFILE, (min(most, 16384), most))
     logging.basicConfig(level=logging.WARNING, format="%(asctime)s %(name)s: %(message)s")
     public_address = _address(options.public_host)
-    https = _listen(options.host, options.https_port, "HTTPS")
-    own_ftp = [] if options.transfer_host else _listen(options.host, options.ftp_port, "FTP")
     store = Store(options.data, bool(options.transfer_host), Policy(
         options.quota, options.upload_limit, options.download_limit, not options.no_sign_up,
         options.keep_free))
     _refuse_demo_accounts(options, store)
+    # The lock comes first: while the file server of a killed service lives, it has its port.
+    https = _listen(options.host, options.https_port, "HTTPS")
+    own_ftp = [] if options.transfer_host else _listen(options.host, options.ftp_port, "FTP")
     cert = certificate.ensure(options.data / "service.pem", options.public_host)
+    try:
+        doors = Doors(tls_context(str(cert), options.tls_max))
+    except OSError as error:
+        raise StartError(f"Cannot use {cert}, which needs a key and its certificates: {error}") from None
     store.base_url = f"https://{options.public_host}:{https[0].getsockname()[1]}"
     if options.demo:
         demo.ensure(store)
@@ -203,7 +208,6 @@ def run(options: argparse.Namespace) -> int:
                                     options.passive_ports, options.keep_free), own_ftp, https)
         store.end_writers = ftp.end_writers
     faults = FaultList()
-    doors = Doors(tls_context(str(cert), options.tls_max))
     log = RequestLog(options.test_control, options.request_log)
     control = Control(store, log, faults, ftp) if options.test_control else None
     try:

@@ -17,7 +17,7 @@ from .database import Database
 from .limits import Limits
 
 
-LOCK_SECONDS = 2
+LOCK_SECONDS = 4
 
 
 @dataclass(frozen=True)

@@ -193,7 +193,17 @@ class Processes(ServiceTest):
             assert isinstance(session.sock, ssl.SSLSocket)
             found = session.sock.getpeercert(True)
         self.assertEqual(found, ssl.PEM_cert_to_DER_cert(after))
-        client.names()
+
+        # The file server is asked something when the service dies, and can answer nobody.
+        os.kill(child, signal.SIGSTOP)
+        client.line.request("GET", "/_control/stats")
+        time.sleep(0.5)
+        service.process.kill()
+        service.process.wait()
+        os.kill(child, signal.SIGCONT)
+        again = Service(folder=service.folder)
+        self.addCleanup(again.stop)
+        self.assertEqual(self.client("demo", service=again).content("x"), b"ab")
 
 
 if __name__ == "__main__":

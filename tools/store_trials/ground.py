@@ -6,6 +6,7 @@ import re
 import signal
 import subprocess
 import sys
+from collections import Counter
 from pathlib import Path
 
 from store_client import Service
@@ -66,6 +67,8 @@ class Ground(Service):
         return (self.folder / "service.log").read_text()
 
     def complaints(self) -> list[str]:
-        """What the store has logged that no peer can be blamed for."""
-        return [line for log in (*self._logs, self.log()) for line in log.splitlines()
-                if "Traceback" in line or "Error" in line]
+        """What the store has logged that no peer can be blamed for, each kind once with its count."""
+        kinds: Counter[str] = Counter()
+        for log in (*self._logs, self.log()):
+            kinds.update(re.findall(r"^Traceback.*\n(?: .*\n)*.*", log, re.MULTILINE))
+        return [f"{count} times: {kind}" for kind, count in kinds.items()]
