@@ -85,6 +85,22 @@ void bench_folder::download_bare(const std::wstring& id, const std::string& loca
         {{L"action", L"close_file_download"}, {L"file_id", id}, {L"is_pro", L"0"}});
 }
 
+void bench_folder::list_bare() {
+    client_.operations_request(
+        {{L"action", L"list_dir"},
+         {L"dir_id", std::dynamic_pointer_cast<vfs_quilldeck::item>(folder_)->get_raw_id()}});
+}
+
+void bench_folder::make_folder_bare(const std::wstring& name) {
+    list_bare();
+    client_.operations_request(
+        {{L"action", L"create_dir"},
+         {L"dir_id", std::dynamic_pointer_cast<vfs_quilldeck::item>(folder_)->get_raw_id()},
+         {L"dir_access", L"0"},
+         {L"name", name}});
+    list_bare();
+}
+
 bench_folder::entry bench_folder::find(const std::wstring& name) {
     const auto reply = client_.operations_request(
         {{L"action", L"list_dir"},

@@ -25,6 +25,12 @@ public:
     void download_bare(const std::wstring& id, const std::string& location,
                        bool read_ahead = false);
 
+    void list_bare();
+    /// With the looks for the name and for what was made.
+    void make_folder_bare(const std::wstring& name);
+
+    const std::shared_ptr<vfs::directory>& item() const noexcept { return folder_; }
+
     /// A file of the folder as both ways need it.
     struct entry {
         vfs::item_ptr item;

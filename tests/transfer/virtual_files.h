@@ -6,6 +6,7 @@
 #include "com/media.h"
 #include "com/object.h"
 
+#include <shldisp.h>
 #include <shlobj.h>
 
 #include <algorithm>
@@ -112,13 +113,22 @@ private:
     std::size_t position_;
 };
 
-class virtual_files final : public com::object<virtual_files, IDataObject> {
+class virtual_files final
+    : public com::object<virtual_files, IDataObject, IDataObjectAsyncCapability> {
 public:
     std::vector<virtual_file> files;
     /// Further formats, whole, and their bytes.
     std::vector<std::pair<UINT, std::string>> blocks;
     /// The requests for "FileContents".
     int openings = 0;
+    /// What it was told of the end, in order: the formats and their values.
+    std::vector<std::pair<UINT, DWORD>> told{};
+    /// Whether it wants to be read by another thread, and what came of that: the operations that
+    /// began and ended, and how the last one ended.
+    bool async = false;
+    int begun = 0;
+    int ended = 0;
+    std::pair<HRESULT, DWORD> end{};
 
     /// The descriptor block. A path of the full length stands there without a terminator.
     com::unique_global descriptors() const {
@@ -142,7 +152,7 @@ public:
             *answer = made.release();
             return S_OK;
         };
-        if (format->cfFormat == com::registered_formats.file_group_descriptor) {
+        if (!files.empty() && format->cfFormat == com::registered_formats.file_group_descriptor) {
             return give(com::medium(descriptors()));
         }
         for (const auto& [known, bytes] : blocks) {
@@ -172,15 +182,70 @@ public:
 
     HRESULT STDMETHODCALLTYPE GetDataHere(FORMATETC*, STGMEDIUM*) override { return E_NOTIMPL; }
 
-    HRESULT STDMETHODCALLTYPE QueryGetData(FORMATETC*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE QueryGetData(FORMATETC* format) override {
+        const bool virtual_one = format->cfFormat == com::registered_formats.file_group_descriptor;
+        return (virtual_one && !files.empty()) ||
+                       std::ranges::any_of(
+                           blocks, [&](const auto& each) { return each.first == format->cfFormat; })
+                   ? S_OK
+                   : DV_E_FORMATETC;
+    }
 
     HRESULT STDMETHODCALLTYPE GetCanonicalFormatEtc(FORMATETC*, FORMATETC*) override {
         return E_NOTIMPL;
     }
 
-    HRESULT STDMETHODCALLTYPE SetData(FORMATETC*, STGMEDIUM*, BOOL) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE SetData(FORMATETC* format, STGMEDIUM* medium, BOOL release) override {
+        DWORD value = 0;
+        std::memcpy(&value, com::global_lock(medium->hGlobal).bytes().data(), sizeof value);
+        told.emplace_back(format->cfFormat, value);
+        if (release) {
+            ReleaseStgMedium(medium);
+        }
+        return S_OK;
+    }
 
-    HRESULT STDMETHODCALLTYPE EnumFormatEtc(DWORD, IEnumFORMATETC**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE SetAsyncMode(BOOL wanted) override {
+        async = wanted;
+        return S_OK;
+    }
+
+    HRESULT STDMETHODCALLTYPE GetAsyncMode(BOOL* wanted) override {
+        *wanted = async;
+        return S_OK;
+    }
+
+    HRESULT STDMETHODCALLTYPE StartOperation(IBindCtx*) override {
+        ++begun;
+        return S_OK;
+    }
+
+    HRESULT STDMETHODCALLTYPE InOperation(BOOL* runs) override {
+        *runs = begun != ended;
+        return S_OK;
+    }
+
+    HRESULT STDMETHODCALLTYPE EndOperation(HRESULT status, IBindCtx*, DWORD effects) override {
+        end = {status, effects};
+        ++ended;
+        return S_OK;
+    }
+
+    HRESULT STDMETHODCALLTYPE EnumFormatEtc(DWORD, IEnumFORMATETC** result) override {
+        std::vector<FORMATETC> formats;
+        const auto add = [&formats](UINT format, DWORD medium) {
+            formats.push_back(
+                {static_cast<CLIPFORMAT>(format), nullptr, DVASPECT_CONTENT, -1, medium});
+        };
+        if (!files.empty()) {
+            add(com::registered_formats.file_group_descriptor, TYMED_HGLOBAL);
+            add(com::registered_formats.file_contents, TYMED_ISTREAM);
+        }
+        for (const auto& [format, bytes] : blocks) {
+            add(format, TYMED_HGLOBAL);
+        }
+        return SHCreateStdEnumFmtEtc(static_cast<UINT>(formats.size()), formats.data(), result);
+    }
 
     HRESULT STDMETHODCALLTYPE DAdvise(FORMATETC*, DWORD, IAdviseSink*, DWORD*) override {
         return E_NOTIMPL;

@@ -38,7 +38,10 @@ for program in "$ROOT"/build/release/bin/bench_${1:-*}.exe; do
     [ -e "$program" ] || die "there is no benchmark bench_$name"
     say "measuring $name"
     arguments=("${@:2}")
-    if [ -n "$small" ] && [ "$name" = transfer ]; then arguments=(8 1); fi
+    case $small$name in
+    yestransfer) arguments=(8 1) ;;
+    yesdrop) arguments=(20 8 1) ;;
+    esac
     "$PYTHON" "$ROOT/tools/support/with_service.py" --vsftpd -- "$ROOT/tools/build/wine-run" --host \
         "$ROOT/tools/build/bench.sh" --inside "$name" "${arguments[@]}" || status=$?
 done

@@ -72,6 +72,12 @@ std::shared_ptr<vfs::directory> directory_of(const vfs::item_ptr& item) {
 
 } // namespace
 
+std::vector<shell::PIDLDATA> folder_records_of(IDataObject& data) {
+    const com::medium array = request_block(data, com::registered_formats.shell_id_list_array);
+    const com::global_lock locked(array.get().hGlobal);
+    return folder_records(locked.bytes());
+}
+
 bool drive_source::is_ours() {
     if (!m_is_ours) {
         try {
@@ -109,11 +115,8 @@ std::shared_ptr<vfs::directory> drive_source::GetVfsDirectoryOfDataObject() cons
                                                 L"GetVfsDirectoryOfDataObject( IDataObject* )");
     };
     try {
-        const com::medium array =
-            request_block(*m_data.Get(), com::registered_formats.shell_id_list_array);
-        const com::global_lock locked(array.get().hGlobal);
         auto found = directory_of(vfs_quilldeck::get_client(utils::own_module())->get_root());
-        for (const shell::PIDLDATA& record : folder_records(locked.bytes())) {
+        for (const shell::PIDLDATA& record : folder_records_of(*m_data.Get())) {
             found = directory_of(found->find_item_by_name(record.get_name(), false));
         }
         return found;

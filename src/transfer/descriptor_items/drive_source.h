@@ -1,5 +1,6 @@
 #pragma once
 
+#include "shell_items/item_record.h"
 #include "vfs/directory.h"
 #include "vfs/file.h"
 
@@ -10,8 +11,14 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace transfer {
+
+/// The way from the drive to the folder whose items `data`, one of this program's own, holds;
+/// `data` may come from another process. Throws `com::status_exception` for one that does not tell
+/// it.
+std::vector<shell::PIDLDATA> folder_records_of(IDataObject& data);
 
 /// Where the items of a data object are, if they are items of this drive: then a file can be copied
 /// inside the store. Belongs to the apartment of the data object.
