@@ -26,7 +26,8 @@ FOLDERS = ("src", "tests", "tools", "bench", "fuzz")
 INCLUDE = re.compile(rb'^\s*#\s*include\s*(["<])([^">]+)[">]', re.MULTILINE)
 INCLUDE_OPTIONS = ("-I", "-isystem", "-iquote")
 # The headers that no command names.
-SYSTEM = ("g++-mingw-w64-x86-64-posix-runtime", "mingw-w64-common", "mingw-w64-x86-64-dev")
+SYSTEM = ("g++-mingw-w64-x86-64-posix", "gcc-mingw-w64-x86-64-posix", "mingw-w64-common",
+          "mingw-w64-x86-64-dev")
 # The compile commands are g++'s: clang does not know all its warnings and options.
 EXTRA = ("--target=x86_64-w64-mingw32", "-Wno-unknown-warning-option",
          "-Wno-unused-command-line-argument")
