@@ -297,6 +297,47 @@ TEST_F(drops, bring_local_and_virtual_trees) {
     EXPECT_EQ(drop(*on_file.Get(), *paths({(local / L"beside.txt").native()}).Get()).second,
               DWORD{DROPEFFECT_COPY});
     EXPECT_EQ(read(L"tree/beside.txt"), "beside");
+
+    // What no store can take is told of, and the rest arrives; yet not all has.
+    answering_user told([](const std::wstring&) { return IDOK; });
+    EXPECT_EQ(drop(*on.Get(), *paths({L"C:\\", (local / L"beside.txt").native()}).Get()).second,
+              0U);
+    const auto texts = told.texts();
+    ASSERT_EQ(texts.size(), 1U);
+    EXPECT_NE(texts[0].find(L"'C:\\'"), std::wstring::npos);
+    EXPECT_EQ(read(L"beside.txt"), "beside");
+}
+
+TEST_F(drops, never_take_a_part_for_the_whole) {
+    // The source dies in the middle, or lies about its size.
+    for (const std::size_t dies_at : {std::size_t{0}, std::size_t{20'000}, std::size_t{69'999}}) {
+        const auto data = com::make<virtual_files>();
+        data->files = virtual_tree;
+        data->files.back().dies_at = dies_at;
+        answering_user user([](const std::wstring&) { return IDIGNORE; });
+        EXPECT_EQ(drop(*target().Get(), *data.Get(), MK_SHIFT).second, 0U);
+        EXPECT_EQ(user.texts().size(), 1U);
+        auto expected = whole_tree;
+        expected.erase(L"tree/inner/b.bin");
+        EXPECT_EQ(tree_of(*place), expected);
+        place->delete_item(place->find_item_by_name(L"tree", true), false);
+    }
+}
+
+TEST_F(drops, serve_hosts_without_an_apartment_of_their_own) {
+    std::jthread([&] {
+        const com::apartment shared(COINIT_MULTITHREADED);
+        const auto there = shell::open(*shell::make_drive().Get(), name);
+        for (const bool async : {false, true}) {
+            const auto data = com::make<virtual_files>();
+            data->files = virtual_tree;
+            data->async = async;
+            EXPECT_EQ(drop(*target(there.Get()).Get(), *data.Get()).first, S_OK);
+            EXPECT_TRUE(support::eventually([&] { return data->ended == (async ? 1 : 0); }));
+            EXPECT_EQ(tree_of(*place), whole_tree);
+            place->delete_item(place->find_item_by_name(L"tree", true), false);
+        }
+    }).join();
 }
 
 TEST_F(drops, end_by_the_button_of_the_progress_dialog) {
@@ -341,16 +382,15 @@ TEST_F(drops, run_on_a_thread_of_their_own_when_the_source_wants_it) {
     const auto data = com::make<virtual_files>();
     data->files = virtual_tree;
     data->async = true;
-    answering_user user([](const std::wstring&) { return IDOK; });
     drop(*target().Get(), *data.Get());
     data->async = false;
+    const HWND box = support::await_dialog(L"Internal error");
+    EXPECT_EQ(support::message_of(box), L"Unable to start async operation - not supported");
+    EXPECT_TRUE(support::answer_box(box, IDOK));
     EXPECT_TRUE(support::eventually([&] {
         data->AddRef();
         return data->Release() == 1;
     }));
-    Sleep(200);
-    EXPECT_EQ(user.texts(),
-              std::vector<std::wstring>{L"Unable to start async operation - not supported"});
     EXPECT_TRUE(data->told.empty());
 }
 
