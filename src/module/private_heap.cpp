@@ -18,16 +18,33 @@ void* or_no_memory(void* block) {
     return block;
 }
 
-/// `_wgetcwd`, which allocates when it gets no buffer.
-wchar_t* current_folder(wchar_t* buffer, int size) {
-    const DWORD length =
-        buffer == nullptr ? ::GetCurrentDirectoryW(0, nullptr) : static_cast<DWORD>(size);
+/// What `ask(size, text)` fills in, in the way of the platform: it answers a length, or the size
+/// that it needs where that is not enough. Allocated when there is no buffer.
+template <typename Character, typename Ask>
+Character* path_from(Character* buffer, std::size_t size, const Ask& ask) {
+    const DWORD room = buffer == nullptr ? ask(0, nullptr) : static_cast<DWORD>(size);
     auto* const text =
-        buffer == nullptr ? static_cast<wchar_t*>(std::malloc(length * sizeof(wchar_t))) : buffer;
-    if (text != nullptr) {
-        ::GetCurrentDirectoryW(length, text);
+        buffer == nullptr ? static_cast<Character*>(std::malloc(room * sizeof(Character))) : buffer;
+    const DWORD length = text == nullptr ? 0 : ask(room, text);
+    if (length != 0 && length < room) {
+        return text;
     }
-    return text;
+    errno = text == nullptr ? ENOMEM : ERANGE;
+    if (text != buffer) {
+        std::free(text);
+    }
+    return nullptr;
+}
+
+wchar_t* current_folder(wchar_t* buffer, int size) {
+    return path_from(buffer, static_cast<std::size_t>(size),
+                     [](DWORD room, wchar_t* text) { return ::GetCurrentDirectoryW(room, text); });
+}
+
+char* full_path(char* buffer, const char* path, std::size_t size) {
+    return path_from(buffer, size, [path](DWORD room, char* text) {
+        return ::GetFullPathNameA(path, room, text, nullptr);
+    });
 }
 
 } // namespace
@@ -47,7 +64,8 @@ void private_heap::destroy() noexcept {
 } // namespace module
 
 // The linker puts these in the place of the functions that their names tell, in all objects and
-// libraries (see CMakeLists.txt). They have to be all functions in use that give memory for `free`.
+// libraries (see CMakeLists.txt). They have to be all functions in use that can give memory for
+// `free`; tools/build/check_imports.py refuses a DLL that takes another from the system.
 extern "C" {
 
 void* __wrap_malloc(std::size_t size) {
@@ -89,7 +107,14 @@ char* __wrap__strdup(const char* text) {
     return __wrap_strdup(text);
 }
 
+wchar_t* __wrap__wfullpath(wchar_t* buffer, const wchar_t* path, std::size_t size) {
+    return path_from(buffer, size, [path](DWORD room, wchar_t* text) {
+        return ::GetFullPathNameW(path, room, text, nullptr);
+    });
+}
+
 // Those whose callers know them to be imported: the linker replaces the pointer.
 char* (*__wrap___imp__strdup)(const char*) = &__wrap_strdup;
 wchar_t* (*__wrap___imp__wgetcwd)(wchar_t*, int) = &current_folder;
+char* (*__wrap___imp__fullpath)(char*, const char*, std::size_t) = &full_path;
 }

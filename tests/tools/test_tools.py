@@ -127,6 +127,23 @@ class Cache(Folder):
         self.assertIn(f"chown -R {pwd.getpwuid(os.geteuid()).pw_name}: {other}", refused.stdout)
 
 
+class Imports(Folder):
+    def test_memory_of_another_heap_is_refused(self) -> None:
+        for name, asks in (("clean", "return (void*)strlen(text);"), ("copied", "return _strdup(text);"),
+                           ("through_a_pointer", "extern void* (*__imp__fullpath)(void*, const void*, int);"
+                            "return __imp__fullpath(0, text, 0);")):
+            source = self.write(f"{name}.c", "#include <string.h>\n__declspec(dllexport) void* "
+                                f"answer(const char* text) {{ {asks} }}\n")
+            base = self.folder / name
+            compiled = run("x86_64-w64-mingw32-gcc-posix", "-c", source, "-o", f"{base}.obj")
+            linked = run("x86_64-w64-mingw32-gcc-posix", "-shared", f"{base}.obj", "-o", f"{base}.dll",
+                         "-nostartfiles", "-Wl,--entry=0", f"-Wl,-Map={base}.map,--cref")
+            self.assertEqual((0, 0), (compiled.returncode, linked.returncode), linked.stdout)
+            result = run(sys.executable, BUILD / "check_imports.py", f"{base}.dll", f"{base}.map")
+            self.assertEqual(name != "clean", result.returncode == 1, result.stdout)
+            self.assertEqual(name != "clean", f"{name}.obj" in result.stdout, result.stdout)
+
+
 class Wine(Folder):
     def processes(self, variable: bytes) -> list[tuple[int, bytes]]:
         """Those with a variable in their environment, with their command lines."""
