@@ -2,10 +2,11 @@
 
 #include "transfer/descriptor_items/descriptor_record.h"
 
+#include <boost/unordered/unordered_flat_map.hpp>
+
 #include <algorithm>
 #include <cstring>
 #include <numeric>
-#include <unordered_map>
 
 namespace transfer {
 
@@ -96,7 +97,8 @@ void descriptor_table::read(std::span<const std::byte> records) {
 
 void descriptor_table::find_parents() {
     // By path; the first one of a path has it.
-    std::unordered_map<std::u16string_view, std::uint32_t> known;
+    boost::unordered_flat_map<std::u16string_view, std::uint32_t, std::hash<std::u16string_view>>
+        known;
     known.reserve(m_entries.size());
     for (std::uint32_t index = 0; index < m_entries.size(); ++index) {
         entry& one = m_entries[index];

@@ -4,10 +4,12 @@
 #include "com/media.h"
 #include "shell_items/id_list_bytes.h"
 #include "shell_items/item_id_list.h"
-#include "transfer/descriptor_items/data_request.h"
+#include "transfer/format_values.h"
 #include "transfer/wrappers/wrapper_exception.h"
 #include "utils/module.h"
 #include "vfs_quilldeck/session/session.h"
+
+#include <shlobj.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -19,32 +21,26 @@ namespace transfer {
 
 namespace {
 
-/// A medium with a global block of that format. Throws `status_exception`.
-com::medium request_block(IDataObject& data, UINT format) {
+/// The array of lists of a data object, as a global block. Throws `status_exception`.
+com::medium request_lists(IDataObject& data) {
+    FORMATETC format = format_of(com::registered_formats.shell_id_list_array);
     com::medium block;
-    com::check(request(data, format, -1, TYMED_HGLOBAL, block));
+    com::check(data.GetData(&format, block.put()));
     if (block.get().tymed != TYMED_HGLOBAL) {
         throw com::status_exception(DV_E_TYMED);
     }
     return block;
 }
 
-/// A value of 32 bits in a block from outside.
-std::uint32_t number_at(std::span<const std::byte> bytes, std::size_t offset) {
-    std::uint32_t value = 0;
-    if (bytes.size() < offset + sizeof value) {
-        throw com::status_exception(E_INVALIDARG);
-    }
-    std::memcpy(&value, bytes.data() + offset, sizeof value);
-    return value;
-}
-
 /// The first list of an array of lists, the folder's, is an absolute one: behind the entries that
 /// lead to the drive come records of ours.
 std::vector<shell::PIDLDATA> folder_records(std::span<const std::byte> array) {
-    constexpr std::size_t first_offset = 4;
-    const std::size_t begin = number_at(array, first_offset);
-    if (begin > array.size() || !shell::holds_whole_list(array.subspan(begin))) {
+    constexpr std::size_t first_offset = offsetof(CIDA, aoffset);
+    std::uint32_t begin = 0;
+    if (array.size() >= first_offset + sizeof begin) {
+        std::memcpy(&begin, array.data() + first_offset, sizeof begin);
+    }
+    if (begin == 0 || begin > array.size() || !shell::holds_whole_list(array.subspan(begin))) {
         throw com::status_exception(E_INVALIDARG);
     }
     std::vector<shell::PIDLDATA> records;
@@ -73,21 +69,14 @@ std::shared_ptr<vfs::directory> directory_of(const vfs::item_ptr& item) {
 } // namespace
 
 std::vector<shell::PIDLDATA> folder_records_of(IDataObject& data) {
-    const com::medium array = request_block(data, com::registered_formats.shell_id_list_array);
+    const com::medium array = request_lists(data);
     const com::global_lock locked(array.get().hGlobal);
     return folder_records(locked.bytes());
 }
 
 bool drive_source::is_ours() {
     if (!m_is_ours) {
-        try {
-            const com::medium mark =
-                request_block(*m_data.Get(), com::registered_formats.quilldeck_data_object);
-            const com::global_lock locked(mark.get().hGlobal);
-            m_is_ours = number_at(locked.bytes(), 0) == 1;
-        } catch (const com::status_exception&) {
-            m_is_ours = false;
-        }
+        m_is_ours = read_value(*m_data.Get(), com::registered_formats.quilldeck_data_object) != 0;
     }
     return *m_is_ours;
 }

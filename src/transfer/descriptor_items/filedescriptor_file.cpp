@@ -1,7 +1,7 @@
 #include "transfer/descriptor_items/filedescriptor_file.h"
 
 #include "com/clipboard_formats.h"
-#include "transfer/descriptor_items/data_request.h"
+#include "transfer/format_values.h"
 
 #include <array>
 #include <cstddef>
@@ -165,8 +165,9 @@ std::int64_t CFILEDESCRIPTORFile::get_size() const {
 
 std::unique_ptr<CFILEDESCRIPTORFile::contents> CFILEDESCRIPTORFile::request_contents() const {
     auto found = std::make_unique<contents>();
-    if (FAILED(request(*m_data.Get(), com::registered_formats.file_contents,
-                       static_cast<LONG>(m_index), TYMED_ISTREAM, found->medium))) {
+    FORMATETC format =
+        format_of(com::registered_formats.file_contents, TYMED_ISTREAM, static_cast<LONG>(m_index));
+    if (FAILED(m_data->GetData(&format, found->medium.put()))) {
         return nullptr;
     }
     if (found->medium.get().tymed == TYMED_ISTREAM) {
