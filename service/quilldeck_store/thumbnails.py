@@ -17,7 +17,9 @@ SIDE = 256
 MAX_PIXELS = 25_000_000
 # What a browser shows; the library also knows formats that start other programs.
 _FORMATS = ("JPEG", "PNG", "GIF", "BMP", "TIFF", "WEBP")
+# The library refuses twice its bound and warns from it on; ours is looked at before it decodes.
 Image.MAX_IMAGE_PIXELS = MAX_PIXELS
+warnings.simplefilter("ignore", Image.DecompressionBombWarning)
 
 
 class Missing(Exception):
@@ -73,15 +75,16 @@ def _shrink(file: Path) -> bytes:
     """A JPEG with a JFIF header, upright, on white where the picture lets through; nothing for
     what is no picture, or has too many pixels."""
     try:
-        with warnings.catch_warnings(), Image.open(file, formats=_FORMATS) as source:
-            warnings.simplefilter("error", Image.DecompressionBombWarning)
+        with Image.open(file, formats=_FORMATS) as source:
+            if source.width * source.height > MAX_PIXELS:
+                return b""
             source.draft("RGB", (SIDE * 2, SIDE * 2))
             source.thumbnail((SIDE, SIDE))
             layer = ImageOps.exif_transpose(source).convert("RGBA")
             sheet = Image.new("RGB", layer.size, "white")
             sheet.paste(layer, mask=layer)
     except (UnidentifiedImageError, OSError, ValueError, SyntaxError, KeyError, IndexError,
-            TypeError, OverflowError, Image.DecompressionBombError, Image.DecompressionBombWarning):
+            TypeError, OverflowError, Image.DecompressionBombError):
         return b""
     out = io.BytesIO()
     sheet.save(out, "JPEG", quality=85)

@@ -7,12 +7,14 @@ import signal
 import socket
 import sqlite3
 import ssl
+import tempfile
 import time
 import unittest
 from contextlib import closing
 from pathlib import Path
 
-from quilldeck_store import accounts, certificate, limits
+from PIL import Image
+from quilldeck_store import accounts, certificate, limits, thumbnails
 from quilldeck_store.limits import Arrivals, Limit, network
 from quilldeck_store.wire import Failure
 from store_client import TLS, Refused, Service
@@ -44,6 +46,27 @@ class Addresses(unittest.TestCase):
             arrivals.leave(who, signed_in)
         self.assertEqual(arrivals._all.total() + arrivals._strangers.total(), 0)
         self.assertNotEqual(accounts.hash_password("same"), accounts.hash_password("same"))
+
+
+class Pictures(unittest.TestCase):
+    def test_what_is_made_small(self) -> None:
+        with tempfile.TemporaryDirectory() as name:
+            file, cached = Path(name, "p"), Path(name, "kept", "p.jpg")
+            for kind, side, well in (("PNG", 5000, True), ("PNG", 5001, False), ("EPS", 20, False),
+                                     ("GIF", 300, True)):
+                Image.new("RGB" if kind == "EPS" else "1", (side, 5000 if side > 999 else side)
+                          ).save(file, kind)
+                cached.unlink(missing_ok=True)
+                for _ in range(2):
+                    with self.subTest(kind=kind, side=side):
+                        if well:
+                            data = thumbnails.make(thumbnails.Missing(file, cached))
+                            self.assertEqual(data[6:10], b"JFIF")
+                        else:
+                            with self.assertRaises(Failure):
+                                thumbnails.make(thumbnails.Missing(file, cached))
+                    # Neither kind is decoded a second time.
+                    file.write_bytes(b"")
 
 
 class Bounds(ServiceTest):

@@ -1,9 +1,11 @@
 """What is accepted stays, whatever moment the process ends at."""
 from __future__ import annotations
 
+import contextlib
 import os
 import shutil
 import signal
+import sqlite3
 import sys
 import tempfile
 import time
@@ -170,6 +172,32 @@ class Close(unittest.TestCase):
         self.assertEqual(before, set((self.folder / "transfer").iterdir()))
         shutil.copy(self.top / "kept.sqlite", self.folder / "store.sqlite")
         self.assertEqual(self.content(self.open(self.folder)), OLD)
+
+    def test_metadata_of_the_first_form_is_taken_over(self) -> None:
+        added = {"users": ("email_proven", "demo", "items"), "accesses": ("demo",),
+                 "superseded": ("owner_id",)}
+        indexes = ("uploads_item", "uploads_open", "sessions_account")
+        triggers = ("items_added", "items_removed", "items_changed", "content_replaced",
+                    "content_dropped")
+        back = [f"DROP INDEX {name};" for name in indexes]
+        back += [f"DROP TRIGGER {name};" for name in triggers]
+        back += [f"ALTER TABLE {table} DROP COLUMN {column};"
+                 for table, columns in added.items() for column in columns]
+        back += [f"CREATE TRIGGER {name} AFTER DELETE ON settings BEGIN SELECT 1; END;"
+                 for name in triggers]
+        with contextlib.closing(sqlite3.connect(self.folder / "store.sqlite")) as db:
+            before = sorted(db.execute("SELECT type, name, sql FROM sqlite_schema").fetchall())
+            key = db.execute("SELECT link_key FROM transfer_accounts").fetchone()
+            db.executescript("".join(back) + "PRAGMA user_version = 1;")
+        store = self.open(self.folder)
+        db = store.db.connection()
+        self.assertEqual(self.content(store), OLD)
+        self.assertEqual(db.execute("SELECT items FROM users").fetchone()[0], 1)
+        self.assertNotEqual(tuple(db.execute("SELECT link_key FROM transfer_accounts").fetchone()), key)
+        after = db.execute("SELECT type, name, sql FROM sqlite_schema").fetchall()
+        self.assertEqual([row[:2] for row in before], sorted(tuple(row)[:2] for row in after))
+        self.take(store, self.location, NEW)
+        self.assertEqual(db.execute("SELECT used FROM users").fetchone()[0], len(NEW))
 
 
 if __name__ == "__main__":

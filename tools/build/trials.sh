@@ -9,7 +9,7 @@ set -euo pipefail
 . "$ROOT/tools/build/common.sh"
 
 if [ "${1:-}" = pages ]; then
-    "$ROOT/tools/build/setup.sh" chromium-headless-shell fonts-noto-core fonts-noto-cjk
+    "$ROOT/tools/build/setup.sh" chromium-headless-shell fonts-dejavu-core
     exec "$PYTHON" "$ROOT/tools/store_trials/trials.py" pages "${2:-$ROOT/build/pages}"
 fi
 "$ROOT/tools/build/setup.sh"
