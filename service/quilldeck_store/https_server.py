@@ -152,6 +152,9 @@ class HttpsService:
                 return await self._pools.pictures.run(thumbnails.make, missing)
         except Failure as failure:
             return failure_document(failure)
+        except UnicodeEncodeError:
+            # Half of a character, in a text that is only looked for.
+            return failure_document(Failure("Wrong text", "The text holds half of a character."))
         except Exception:
             _log.exception("request failed: %s", brief(form.get("action")))
             return failure_document(Failure("Store error", "The store could not carry this out. "

@@ -114,6 +114,8 @@ class Requests(ServiceTest):
                   b"action=%zz&%=%", bytes(range(256)), b"action=login&user=\xff\xed\xa0&pass=\xc3",
                   b"action=list_dir&dir_id=99999999999999999999&" + b"user_id=" + client.user_id.encode())
         requests = [("/qd_operations.php", body) for body in bodies]
+        requests += [("/qd_operations.php", b"action=login&user=\xed\xa0\x80&pass=x"),
+                     ("/qd_thumbnail.php", b"user_id=\xed\xb0\x80&user_id_access=&file_id=1")]
         requests += [("/none.php", b"x=1"), ("/qd_operations.php", b"x" * (1 << 21)),
                      ("/qd_profile.php", b"action=x"), ("/qd_thumbnail.php", b"")]
         for path, body in requests:
