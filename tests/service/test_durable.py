@@ -136,6 +136,9 @@ class Close(unittest.TestCase):
             self.take(store, self.location, NEW)
         self.assertEqual(self.content(store), OLD)
         self.assertEqual(len(store.contents.names()), 3, "nothing is left of the attempt")
+        store.policy = Policy(1000, 0, 0, True, keep_free=1 << 60)
+        with self.assertRaisesRegex(Failure, "disk"):
+            self.begin(store, b"")
         with store.db.transaction(write=True) as db:
             db.execute("UPDATE users SET quota = 1000")
             db.execute("UPDATE uploads SET closed_size = -1")
