@@ -7,6 +7,7 @@ from __future__ import annotations
 
 import asyncio
 import contextlib
+import errno
 import logging
 import socket
 import ssl
@@ -27,6 +28,7 @@ MAX_OF_ADDRESS = 400
 MAX_STRANGERS_OF_ADDRESS = 100
 MAX_AHEAD = 1 << 19
 """Bytes that a peer may send while its last request is being carried out."""
+_NO_ROOM = (errno.EMFILE, errno.ENFILE, errno.ENOBUFS, errno.ENOMEM)
 _log = logging.getLogger("quilldeck")
 
 
@@ -165,9 +167,10 @@ class Doors:
             try:
                 connection, peer = await loop.sock_accept(listening)
             except OSError as error:
-                # Such as no descriptor left: those that are open end some time.
-                _log.warning("cannot take a connection: %s", error)
-                await asyncio.sleep(1)
+                if error.errno in _NO_ROOM:
+                    # Those that are open end some time.
+                    _log.warning("cannot take a connection: %s", error)
+                    await asyncio.sleep(1)
                 continue
             address = network(peer[0])
             if not self.arrivals.enter(address):

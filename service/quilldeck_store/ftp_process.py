@@ -27,6 +27,7 @@ from .wire import Failure
 from .writers import WriterRegistry
 
 ASK_SECONDS = 10
+_log = logging.getLogger("quilldeck")
 
 
 @dataclass(frozen=True)
@@ -103,6 +104,14 @@ class _Server(ThreadedFTPServer):
 
     max_cons = 0  # counted by address here
 
+    def handle_accept(self) -> None:
+        try:
+            super().handle_accept()
+        except OSError as error:
+            # Such as no descriptor left. The library would never accept again.
+            _log.warning("cannot take a transfer connection: %s", error)
+            time.sleep(0.5)
+
     def handle_accepted(self, sock: socket.socket, addr: tuple[str, int]) -> None:
         self._arriving, self._started = network(addr[0]), False
         if not Services.arrivals.enter(self._arriving):
@@ -120,6 +129,9 @@ class _Server(ThreadedFTPServer):
     def _loop(self, handler: Session) -> None:
         try:
             super()._loop(handler)
+        except OSError as error:
+            _log.warning("cannot serve a transfer connection: %s", error)
+            handler.socket.close()
         finally:
             Services.arrivals.leave(handler.address, handler.signed_in)
 

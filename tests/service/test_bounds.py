@@ -3,6 +3,7 @@ from __future__ import annotations
 
 import ftplib
 import os
+import resource
 import signal
 import socket
 import sqlite3
@@ -180,6 +181,26 @@ class Bounds(ServiceTest):
 
 
 class Processes(ServiceTest):
+    def test_both_outlive_a_want_of_descriptors(self) -> None:
+        service = Service()
+        self.addCleanup(service.close)
+        pid = service.process.pid
+        children = Path(f"/proc/{pid}/task/{pid}/children").read_text().split()
+        for process in (pid, *map(int, children)):
+            resource.prlimit(process, resource.RLIMIT_NOFILE, (50, 50))
+        crowd = [socket.create_connection(("127.0.0.1", port), 5, (f"127.0.0.{20 + number % 5}", 0))
+                 for number in range(60) for port in (service.port, service.ftp_port)]
+        time.sleep(1)
+        for one in crowd:
+            one.close()
+        time.sleep(1.5)
+        client = self.client("demo", service=service)
+        client.put("x", b"after")
+        self.assertEqual(client.content("x"), b"after")
+        log = (service.folder / "service.log").read_text()
+        self.assertIn("cannot take a transfer connection", log)
+        self.assertNotIn("Traceback", log)
+
     def test_neither_waits_for_the_other_without_end(self) -> None:
         service = Service()
         self.addCleanup(service.close)
