@@ -1,6 +1,7 @@
 #include "loaded_module.h"
 #include "process_census.h"
 #include "service_url.h"
+#include "stopped_store.h"
 #include "store_control.h"
 
 #include "com/apartment.h"
@@ -11,6 +12,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -82,6 +85,12 @@ void use_items(IShellFolder2& drive) {
         com::check(drive.GetUIObjectOf(nullptr, 1, &child, IID_IExtractIconW, nullptr, &icon));
         ComPtr<IShellFolder> folder;
         com::check(drive.BindToObject(child, nullptr, IID_PPV_ARGS(&folder)));
+        STRRET path{};
+        com::check(drive.GetDisplayNameOf(child, SHGDN_FORPARSING, &path));
+        CoTaskMemFree(path.pOleStr);
+        SHELLDETAILS cell{};
+        com::check(drive.GetDetailsOf(child, 0, &cell));
+        CoTaskMemFree(cell.str.pOleStr);
     }
 }
 
@@ -91,17 +100,43 @@ com::unique_id_list parse(IShellFolder& folder, std::wstring name) {
     return com::unique_id_list(list);
 }
 
-/// Reads a file, and brings in what decodes pictures.
-void use_picture(IShellFolder& drive) {
+ComPtr<IShellFolder> open_pictures(IShellFolder& drive) {
     ComPtr<IShellFolder> folder;
     com::check(drive.BindToObject(parse(drive, L"Pictures").get(), nullptr, IID_PPV_ARGS(&folder)));
-    const auto picture = parse(*folder.Get(), L"Dusk.jpg");
-    const ITEMIDLIST* child = picture.get();
+    return folder;
+}
+
+ComPtr<IStream> open_stream(IShellFolder& folder, const ITEMIDLIST* child) {
     ComPtr<IStream> stream;
-    com::check(folder->BindToObject(child, nullptr, IID_PPV_ARGS(&stream)));
+    com::check(folder.BindToObject(child, nullptr, IID_PPV_ARGS(&stream)));
     char byte = 0;
     com::check(stream->Read(&byte, 1, nullptr));
-    stream.Reset();
+    return stream;
+}
+
+/// Leaves four connections for transfers behind, on which nothing is left to be said.
+void use_connections(IShellFolder& drive) {
+    const auto folder = open_pictures(drive);
+    const auto picture = parse(*folder.Get(), L"Dusk.jpg");
+    std::array<ComPtr<IStream>, 4> streams;
+    for (auto& stream : streams) {
+        stream = open_stream(*folder.Get(), picture.get());
+    }
+    for (const auto& stream : streams) {
+        char bytes[65536];
+        ULONG count = 0;
+        do {
+            com::check(stream->Read(bytes, sizeof(bytes), &count));
+        } while (count > 0);
+    }
+}
+
+/// Reads a file, and brings in what decodes pictures.
+void use_picture(IShellFolder& drive) {
+    const auto folder = open_pictures(drive);
+    const auto picture = parse(*folder.Get(), L"Dusk.jpg");
+    const ITEMIDLIST* child = picture.get();
+    open_stream(*folder.Get(), child);
     ComPtr<IExtractImage> extractor;
     com::check(folder->GetUIObjectOf(nullptr, 1, &child, IID_IExtractImage, nullptr, &extractor));
     wchar_t path[MAX_PATH];
@@ -187,6 +222,19 @@ TEST(lifetime, a_thread_that_asked_the_store_leaves_nothing_at_its_end) {
         ask();
     }
     EXPECT_EQ(holdings(), before);
+}
+
+TEST(lifetime, unloading_waits_for_no_store) {
+    const com::apartment apartment;
+    sign_in();
+    auto extension = std::make_unique<loaded_module>();
+    use_connections(*extension->make_drive().Get());
+    const support::stopped_store silent;
+    const ULONGLONG begin = GetTickCount64();
+    extension.reset();
+    // libcurl would give the server two seconds for its last words on each of the connections.
+    EXPECT_LT(GetTickCount64() - begin, 2000U);
+    EXPECT_FALSE(is_loaded());
 }
 
 TEST(lifetime, a_process_may_end_within_a_request) {

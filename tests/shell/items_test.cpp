@@ -262,6 +262,11 @@ TEST_F(items, have_cells_and_properties) {
     EXPECT_EQ(format_number(1234.5, 2, L',', 0), L"1234,5");
 
     const auto drive = make_drive();
+    SHCOLUMNID column{};
+    EXPECT_EQ(cell_of(*drive.Get(), nullptr, 4), L"Date modified");
+    EXPECT_EQ(drive->MapColumnToSCID(4, &column), S_OK);
+    EXPECT_EQ(column.pid, 14u);
+    EXPECT_EQ(drive->MapColumnToSCID(5, &column), E_INVALIDARG);
     const auto cell = [&](std::int64_t size) {
         const CItemIDList file(record(file_fields{.size = size}));
         return cell_of(*drive.Get(), file.to_list().get(), 2);

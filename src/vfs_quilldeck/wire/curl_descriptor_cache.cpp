@@ -38,7 +38,23 @@ public:
 
 CURL* make_handle() {
     static const library started;
-    return curl_easy_init();
+    CURL* const handle = curl_easy_init();
+    if (handle != nullptr) {
+        // So the one that `cut_connection` finds is all that there is.
+        curl_easy_setopt(handle, CURLOPT_MAXCONNECTS, 1L);
+    }
+    return handle;
+}
+
+/// By itself libcurl takes leave of the server and waits for its answer. Handles are let go when
+/// the module is unloaded, and whoever unloads it waits, and all who load one: so the connection is
+/// cut first, which asks nobody.
+void cut_connection(CURL* handle) {
+    curl_socket_t idle = CURL_SOCKET_BAD;
+    curl_easy_getinfo(handle, CURLINFO_ACTIVESOCKET, &idle);
+    if (idle != CURL_SOCKET_BAD) {
+        shutdown(idle, SD_BOTH);
+    }
 }
 
 } // namespace
@@ -57,6 +73,7 @@ curl_handle_entry::curl_handle_entry(const curl_handle_entry& other)
 
 curl_handle_entry::~curl_handle_entry() {
     if (handle != nullptr) {
+        cut_connection(handle);
         curl_easy_cleanup(handle);
     }
 }
