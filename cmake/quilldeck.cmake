@@ -61,7 +61,7 @@ endfunction()
 
 # Target quilldeck_test_service_url: what takes the place of quilldeck::service_url in tests, with the
 # address from the environment.
-if(QUILLDECK_TESTS)
+if(QUILLDECK_TESTS OR QUILLDECK_BENCH)
     add_library(quilldeck_test_service_url OBJECT
         ${PROJECT_SOURCE_DIR}/tools/support/service_url.cpp)
     target_link_libraries(quilldeck_test_service_url PRIVATE quilldeck_options)
