@@ -3,6 +3,7 @@
 #include "com/class_ids.h"
 #include "resources/resource_ids.h"
 #include "shell/shell_folder.h"
+#include "transfer/data_object/data_object.h"
 #include "vfs_quilldeck/session/pc_id.h"
 
 #include <objbase.h>
@@ -58,6 +59,8 @@ void update_shell_folder(com::registrar& scripts, com::registration direction) {
 constinit object_map_entry classes[] = {
     {com::CLSID_ShellFolderImpl, com::class_factory(&com::create<shell::CShellFolderImpl>),
      &update_shell_folder},
+    {com::CLSID_DataObjectImpl, com::class_factory(&com::create<transfer::CDataObjectImpl>),
+     nullptr},
 };
 
 } // namespace

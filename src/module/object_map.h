@@ -10,7 +10,7 @@ namespace module {
 
 /// One class: its identifier, its class object, and what it writes to the registry. `update` gets
 /// an interpreter that knows the values common to all scripts, and throws `status_exception` or
-/// what its own work throws.
+/// what its own work throws; null for a class that only those find who have this DLL loaded.
 struct object_map_entry {
     const CLSID& id;
     com::class_factory factory;

@@ -6,6 +6,7 @@
 #include "dialogs/login/sign_in.h"
 #include "shell/shell_folder.h"
 #include "shell_items/seams.h"
+#include "transfer/data_object/data_object.h"
 #include "transfer/drop_source.h"
 #include "transfer/drop_target.h"
 #include "transfer/stream.h"
@@ -24,6 +25,7 @@ CQuilldeckModule::CQuilldeckModule() noexcept : m_formats(com::registered_format
     shell::set_seams({
         .dialogs = {.sign_in = &dialogs::ensure_logged_in},
         .transfer = {.create_stream = &transfer::create_stream,
+                     .create_data_object = &transfer::create_data_object,
                      .create_drop_target = &transfer::create_drop_target,
                      .create_drop_source = &transfer::create_drop_source},
         .folders = {.create_drive = &com::create<shell::CShellFolderImpl>},

@@ -79,7 +79,9 @@ HRESULT update_registry(com::registration direction) noexcept {
         const thread_locale neutral(LOCALE_SYSTEM_DEFAULT);
         run_scripts([&](com::registrar& scripts) { scripts.run(IDR_APPLICATION, direction); });
         for (const object_map_entry& entry : object_map()) {
-            run_scripts([&](com::registrar& scripts) { entry.update(scripts, direction); });
+            if (entry.update) {
+                run_scripts([&](com::registrar& scripts) { entry.update(scripts, direction); });
+            }
         }
         update_type_library(direction);
     });

@@ -35,6 +35,12 @@ TEST(class_objects, are_there_for_the_registered_classes_only) {
     factory.Reset();
     EXPECT_EQ(extension.can_unload(), S_FALSE);
     drive.Reset();
+    // What a data object is brought back by: no registry leads to its class.
+    ComPtr<IPersistStream> persisted;
+    ASSERT_EQ(extension.get_class_object(com::CLSID_DataObjectImpl, IID_PPV_ARGS(&factory)), S_OK);
+    ASSERT_EQ(factory->CreateInstance(nullptr, IID_PPV_ARGS(&persisted)), S_OK);
+    factory.Reset();
+    persisted.Reset();
     EXPECT_EQ(extension.can_unload(), S_OK);
 }
 
