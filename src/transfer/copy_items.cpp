@@ -43,9 +43,11 @@ HRESULT CItemsCopy::run() {
     if (!refresh_destination()) {
         return E_FAIL;
     }
-    const bool refused = show_refusals();
+    bool refused = show_refusals();
     const HRESULT result = _DoCopyChildren(*m_order.source, m_order.destination);
     if (result == S_OK) {
+        // Local folders are listed anew for the copy: they may hold by now what cannot be taken.
+        refused = show_refusals() || refused;
         // The view shows what is new. All has arrived already, whatever comes of this.
         refresh_destination();
         return refused ? E_FAIL : S_OK;

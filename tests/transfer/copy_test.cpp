@@ -516,6 +516,31 @@ TEST_F(copies, touch_nothing_that_others_put_there) {
     EXPECT_EQ(standing(*target, L"kept"), "old");
 }
 
+TEST_F(copies, count_as_failed_what_no_store_can_take) {
+    // Noted before the copy, while it ran, at both times, never.
+    const std::vector<std::vector<std::wstring>> rows = {
+        {L"left out", L""}, {L"", L"left out"}, {L"left out", L"too"}, {L"", L""}};
+    for (const auto& row : rows) {
+        begin_case(false);
+        auto next = row.begin();
+        const auto selection = std::make_shared<source_folder>(
+            L"selection", std::vector<vfs::item_ptr>{source(name, fresh)}, hook);
+        CItemsCopy transfer({.source = selection,
+                             .destination = target,
+                             .destination_path = L"there",
+                             .take_refusals =
+                                 [&next] {
+                                     return *next++;
+                                 }},
+                            progress, user);
+        const auto told = row.size() - static_cast<std::size_t>(std::ranges::count(row, L""));
+        EXPECT_EQ(transfer.run(), told == 0 ? S_OK : E_FAIL);
+        EXPECT_EQ(next, row.end());
+        EXPECT_EQ(std::ranges::count(user.asked, '#'), static_cast<std::ptrdiff_t>(told));
+        EXPECT_EQ(standing(*target, name), "new");
+    }
+}
+
 TEST_F(copies, survive_answers_and_lines_that_are_lost) {
     // The store has created the file, and the answer was lost: the request was sent again.
     begin_case(false);
