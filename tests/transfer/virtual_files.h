@@ -37,8 +37,8 @@ struct virtual_file {
     DWORD medium = TYMED_ISTREAM;
 };
 
-inline virtual_file virtual_folder(std::wstring path) {
-    return {.path = std::move(path), .content = {}, .attributes = FILE_ATTRIBUTE_DIRECTORY};
+inline virtual_file virtual_folder(const std::wstring& path) {
+    return {.path = path, .content = {}, .attributes = FILE_ATTRIBUTE_DIRECTORY};
 }
 
 class virtual_stream final
