@@ -25,6 +25,7 @@ _COMMANDS = ("ABOR ALLO APPE AUTH CWD EPSV FEAT HELP MODE NOOP OPTS PASS PASV PB
              "REIN REST RETR SIZE STOR STRU SYST TYPE USER XPWD").split()
 
 
+_ACCEPT_MOVING_WRITE_BUFFER = 2  # OpenSSL's number; the library does not name it
 IDLE_SECONDS = 600
 STRANGER_SECONDS = 30
 """For who has not signed in, whatever is said meanwhile."""
@@ -258,5 +259,7 @@ def make_context(certificate: str, tls_max: str) -> SSL.Context:
     context.set_options(SSL.OP_NO_COMPRESSION | SSL.OP_NO_RENEGOTIATION)
     context.use_certificate_chain_file(certificate)
     context.use_privatekey_file(certificate)
+    # A record that did not fit into the socket of a slow reader is read from the file anew.
+    context.set_mode(_ACCEPT_MOVING_WRITE_BUFFER)
     context.set_session_id(b"quilldeck transfer")
     return context

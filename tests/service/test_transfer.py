@@ -1,11 +1,17 @@
 """Bytes: who may touch which location and when, and what a full store refuses."""
 from __future__ import annotations
 
+import contextlib
 import ftplib
 import os
+import socket
 import time
+from collections.abc import Callable
+from concurrent.futures import ThreadPoolExecutor
 
-from store_client import Refused
+from OpenSSL import SSL
+from quilldeck_store.ftp_session import make_context
+from store_client import TLS, Refused
 
 from .harness import ServiceTest
 
@@ -106,6 +112,32 @@ class Transfer(ServiceTest):
             old.close()
             client.finish(number, location, len(expected))
             self.assertEqual(client.content(step), expected)
+
+    def test_a_record_that_did_not_fit_is_sent_from_another_address(self) -> None:
+        """As it is to a slow reader, for whom the record is read from the file once more."""
+        ours, theirs = socket.socketpair()
+        ours.setblocking(False)
+        sender = SSL.Connection(make_context(str(self.service.data / "service.pem"), "1.3"), ours)
+        sender.set_accept_state()
+        record, again = BLOCK[:16384], bytes(bytearray(BLOCK[:16384]))
+
+        def patiently(step: Callable[[], object]) -> None:
+            while True:
+                try:
+                    step()
+                    return
+                except (SSL.WantReadError, SSL.WantWriteError):
+                    time.sleep(0.001)
+        with ThreadPoolExecutor(1) as thread, contextlib.closing(ours):
+            reader = thread.submit(TLS.wrap_socket, theirs)
+            patiently(sender.do_handshake)
+            with self.assertRaises(SSL.WantWriteError):
+                while True:
+                    sender.send(record)
+            received = thread.submit(reader.result().recv, 16384)
+            patiently(lambda: sender.send(again))
+            self.assertEqual(received.result(), record)
+            reader.result().close()
 
 
 class Quota(ServiceTest):
