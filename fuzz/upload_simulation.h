@@ -1,12 +1,17 @@
-/// An upload over a line that breaks, as far as the retained bytes are concerned: the log under
-/// test, beside a caller and a server that are plain byte strings.
+/// An upload over a line that breaks, on a machine that runs out of memory, as far as the retained
+/// bytes are concerned: the log under test, beside a caller and a server that are plain byte
+/// strings.
 #pragma once
+
+#include "failing_memory.h"
 
 #include "vfs_quilldeck/transfer/upload_log.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <new>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -24,26 +29,27 @@ public:
         if (broken_ && !restart()) {
             return;
         }
-        write(next_data());
+        write(next_data(), choose_(4) == 0 ? static_cast<int>(choose_(4)) : -1);
         require(log_.accepted() == position(written_), "accepted is what the caller has written");
     }
 
     /// Ends the upload: what the server has is what the caller wrote.
     void finish() {
-        while (broken_ || server_.size() > written_.size()) {
+        while (broken_ || !owed_.empty()) {
             if (broken_) {
                 restart();
             } else {
-                // The data of a write that failed: it is the caller's to write them again.
-                write(server_.substr(written_.size()));
+                // It is the caller's to write again what failed.
+                write(std::string(owed_), -1);
             }
         }
         require(server_ == written_, "the server holds what was written");
     }
 
 private:
-    static constexpr std::int64_t limit = upload_log::history_limit;
-    static constexpr std::int64_t chunk = std::int64_t{64} * 1024;
+    // So small that an input goes through all of it in no time.
+    static constexpr std::int64_t limit = 1'024;
+    static constexpr std::int64_t chunk = 32;
 
     static void require(bool holds, const char* what) {
         if (!holds) {
@@ -62,7 +68,7 @@ private:
 
     static const std::string& noise() {
         static const std::string bytes = [] {
-            std::string made(1'100'000, '\0');
+            std::string made(20'000, '\0');
             std::uint32_t value = 1;
             for (char& byte : made) {
                 value = value * 1'664'525U + 1'013'904'223U;
@@ -73,30 +79,53 @@ private:
         return bytes;
     }
 
-    /// Mostly what a failed write left over, as a caller repeats it; sometimes other data.
+    /// Mostly what a failed write left over, as a caller repeats it, whole or in pieces; sometimes
+    /// other data.
     std::string next_data() {
-        if (!failed_.empty() && choose_(8) != 0) {
-            return failed_;
+        if (!owed_.empty() && choose_(8) != 0) {
+            return choose_(2) == 0 ? owed_ : owed_.substr(0, choose_(bound_of(owed_)) + 1);
         }
-        static constexpr std::uint32_t sizes[] = {0, 1, 3, 16'384, 65'536, 70'000, 1'000'000};
+        static constexpr std::uint32_t sizes[] = {0, 1, 3, 31, 32, 33, 100, 1'500};
         const std::uint32_t size = choose_(sizes[choose_(std::size(sizes))] + 1);
-        return noise().substr(choose_(1U << 16U), size);
+        return noise().substr(choose_(10'000), size);
     }
 
-    void write(const std::string& data) {
-        failed_ = data;
-        const std::string ahead = server_.substr(std::min(written_.size(), server_.size()));
-        const std::size_t common = std::min(ahead.size(), data.size());
-        const auto held = log_.offer(view(data));
-        if (ahead.compare(0, common, data, 0, common) != 0) {
-            require(!held, "other bytes than those that the server holds are refused");
-            start_over();
+    static std::uint32_t bound_of(const std::string& text) {
+        return static_cast<std::uint32_t>(text.size());
+    }
+
+    /// `allowed`: how many allocations of the log succeed, below 0 all do.
+    void write(const std::string& data, int allowed) {
+        const std::size_t known = std::min(owed_.size(), data.size());
+        const bool repeats = owed_.compare(0, known, data, 0, known) == 0;
+        std::optional<std::size_t> held;
+        bool out_of_memory = false;
+        try {
+            const fuzz::failing_memory memory(allowed);
+            held = log_.offer(view(data));
+        } catch (const std::bad_alloc&) {
+            out_of_memory = true;
+        }
+        const auto kept = static_cast<std::size_t>(log_.end() - log_.accepted());
+        if (!repeats) {
+            require(!held && !out_of_memory, "other bytes than those that failed are refused");
+            require(kept == owed_.size(), "a refusal changes nothing");
             return;
         }
+        require(kept >= owed_.size() && kept <= std::max(owed_.size(), data.size()),
+                "what is counted is held");
+        if (kept > owed_.size()) {
+            owed_ = data.substr(0, kept);
+        }
+        if (out_of_memory) {
+            return;
+        }
+        const std::size_t ahead = server_.size() - std::min(written_.size(), server_.size());
+        const std::size_t common = std::min(ahead, data.size());
         require(held == common, "what the server holds is not sent again");
         const bool breaks = choose_(6) == 0;
         const std::size_t placed =
-            breaks ? common + choose_(static_cast<std::uint32_t>(data.size() - common) + 1)
+            breaks ? common + choose_(bound_of(data) + 1 - static_cast<std::uint32_t>(common))
                    : data.size();
         server_.append(data, common, placed - common);
         if (breaks) {
@@ -104,21 +133,21 @@ private:
             return;
         }
         written_ += data;
-        failed_.clear();
+        owed_.erase(0, data.size());
         log_.accept(data.size());
         // libcurl has taken all of it, or still waits for more.
         if (choose_(3) != 0) {
             log_.confirm(log_.accepted());
             confirmed_ = std::max(confirmed_, log_.accepted());
+            forgotten_ = std::max(forgotten_, position(written_) - limit);
         }
-        forgotten_ = std::max(forgotten_, std::min(confirmed_, position(written_)) - limit);
         require(log_.confirmed() == confirmed_, "confirmed only moves on");
     }
 
     /// Any number of the last bytes were still on their way.
     void break_line() {
         broken_ = true;
-        static constexpr std::uint32_t losses[] = {0, 1, 65'536, 1'000'000, 40'000'000};
+        static constexpr std::uint32_t losses[] = {0, 1, 32, 300, 20'000};
         const std::uint32_t lost = choose_(losses[choose_(std::size(losses))] + 1);
         server_.resize(server_.size() - std::min<std::size_t>(server_.size(), lost));
     }
@@ -152,16 +181,16 @@ private:
         log_.clear();
         server_.clear();
         written_.clear();
-        failed_.clear();
+        owed_.clear();
         confirmed_ = 0;
         forgotten_ = -chunk;
         broken_ = false;
     }
 
     Choose choose_;
-    upload_log log_;
+    upload_log log_{{.history = limit, .chunk = chunk}};
     std::string written_; ///< what the caller was told is written
-    std::string failed_;  ///< the data of the last write, if that failed
+    std::string owed_;    ///< what is retained of writes that failed
     std::string server_;
     std::int64_t confirmed_ = 0;
     /// What lies below may be gone, what lies a chunk below it is.

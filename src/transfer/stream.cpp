@@ -40,9 +40,15 @@ void copy_text(const std::wstring& text, LPWSTR buffer, int length) {
 
 CStreamImpl::~CStreamImpl() {
     com::guard([&] {
-        if (m_file && m_file->get_open_mode() != 0) {
+        if (!m_file) {
+            return;
+        }
+        const std::int32_t mode = m_file->get_open_mode();
+        // Who heard that a write failed need not hear again that nothing is kept.
+        if (mode != 0 && !(m_write_failed && (mode & vfs::modeWrite) != 0)) {
             attempt(IDS_STREAM_CLOSE_FAILED, *m_file, [&] { m_file->close(vfs::time_unknown); });
         }
+        m_file->abandon();
     });
 }
 
@@ -104,6 +110,10 @@ HRESULT CStreamImpl::Write(const void* buffer, ULONG count, ULONG* written) {
         if (!m_file) {
             return E_FAIL;
         }
+        if (count == 0) {
+            return S_OK;
+        }
+        m_write_failed = true;
         const bool writing = (m_file->get_open_mode() & vfs::modeWrite) != 0;
         if (!writing && !turn_around()) {
             return E_FAIL;
@@ -113,20 +123,33 @@ HRESULT CStreamImpl::Write(const void* buffer, ULONG count, ULONG* written) {
                      [&] { taken = m_file->write(buffer, count); })) {
             return E_FAIL;
         }
+        m_write_failed = false;
         set(written, taken);
         return S_OK;
     });
 }
 
 bool CStreamImpl::turn_around() {
-    const std::int64_t position = m_file->get_pos();
     // Each step is tried again by itself: the file that was closed cannot be closed again.
     const auto step = [this](const auto& operation) {
         return attempt(IDS_STREAM_WRITE_FAILED, *m_file, operation);
     };
-    return step([&] { m_file->close(vfs::time_unknown); }) &&
-           step([&] { m_file->open(vfs::modeWrite | vfs::modeOverwrite, 0); }) &&
-           step([&] { m_file->seek(position, vfs::seek_beginning); });
+    if (m_file->get_open_mode() != 0) {
+        m_write_from = m_file->get_pos();
+        if (!step([&] { m_file->close(vfs::time_unknown); })) {
+            return false;
+        }
+    }
+    if (!m_misplaced && !step([&] { m_file->open(vfs::modeWrite | vfs::modeOverwrite, 0); })) {
+        return false;
+    }
+    if (!step([&] { m_file->seek(m_write_from, vfs::seek_beginning); })) {
+        // What would be written is not what belongs at the beginning.
+        m_misplaced = true;
+        m_file->abandon();
+        return false;
+    }
+    return true;
 }
 
 HRESULT CStreamImpl::Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER* position) {

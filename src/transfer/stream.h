@@ -8,6 +8,7 @@
 
 #include <objidl.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -23,7 +24,7 @@ public:
     /// `prompt` must outlive the stream.
     explicit CStreamImpl(ui::prompt& prompt) noexcept : m_prompt(prompt) {}
 
-    /// Closes the file, which makes an upload its content.
+    /// Closes the file, which makes an upload its content, unless a write failed for good.
     ~CStreamImpl() override;
 
     /// Opens a duplicate of the file for reading.
@@ -35,7 +36,9 @@ public:
 
     /// S_FALSE once the end has been met; fewer bytes than asked for are S_OK.
     HRESULT STDMETHODCALLTYPE Read(void* buffer, ULONG count, ULONG* read) override;
-    /// Reopens a file that was being read, with its content to be replaced, at the same position.
+    /// Reopens a file that was being read, with its content to be replaced, at the same position. A
+    /// file that has no such place keeps its old content, and no later write succeeds. Nothing to
+    /// write is S_OK.
     HRESULT STDMETHODCALLTYPE Write(const void* buffer, ULONG count, ULONG* written) override;
     /// Asks nobody: a store that cannot seek would make each look at a stream's size a question.
     HRESULT STDMETHODCALLTYPE Seek(LARGE_INTEGER move, DWORD origin,
@@ -67,12 +70,19 @@ private:
     /// Makes the operation until it succeeds, true, or is given up. `text` tells of its failure.
     template <class Operation>
     bool attempt(UINT text, const vfs::file& file, const Operation& operation);
+    /// From reading to writing; false when that was given up.
     bool turn_around();
     void keep(const vfs::exception& failure);
 
     ui::prompt& m_prompt;
     /// Null until it has been opened.
     std::shared_ptr<vfs::file> m_file;
+    /// Where writing begins after reading.
+    std::int64_t m_write_from = 0;
+    /// The file cannot be written from there.
+    bool m_misplaced = false;
+    /// The last write was given up.
+    bool m_write_failed = false;
     bool m_show_errors = true;
     std::wstring m_last_message;
     std::wstring m_last_description;

@@ -207,7 +207,7 @@ TEST_F(streams, replace_the_content_in_spite_of_failures_when_the_user_wants_it)
 }
 
 TEST_F(streams, cannot_be_positioned_and_leave_each_other_alone) {
-    const auto stream = open();
+    auto stream = open();
     char byte = 0;
     ASSERT_EQ(stream->Read(&byte, 1, nullptr), S_OK);
     ULARGE_INTEGER position{{7, 7}};
@@ -220,13 +220,46 @@ TEST_F(streams, cannot_be_positioned_and_leave_each_other_alone) {
     const auto item = folder->find_item_by_name(L"file", false);
     EXPECT_EQ(second->Init(std::dynamic_pointer_cast<vfs::file>(item)), S_OK);
     EXPECT_EQ(read_all(*second.Get(), S_FALSE).size(), data.size());
-    EXPECT_EQ(read_all(*stream.Get(), S_FALSE).size(), data.size() - 1);
+    second.Reset();
 
-    // Writing goes on at the old position: here that fails, as no file of the store can.
     prompt.asked.clear();
+    control.reset();
+    ULONG count = 77;
+    EXPECT_EQ(stream->Write(&byte, 0, &count), S_OK);
+    EXPECT_EQ(count, 0U);
+    EXPECT_EQ(asked(), "") << "nothing to write turns nothing around";
+    // Writing would go on at the old position, which no file of the store can: nothing is written.
+    prompt.retries = 1;
+    using asked_for = decltype(prompt.asked);
+    const asked_for::value_type no_place{1403, L"file::seek(): Operation not implemented"};
     EXPECT_EQ(stream->Write(&byte, 1, nullptr), E_FAIL);
-    EXPECT_EQ(prompt.asked,
-              (decltype(prompt.asked){{1403, L"file::seek(): Operation not implemented"}}));
+    EXPECT_EQ(prompt.asked, (asked_for{no_place, no_place}));
+    stream->SetSilent();
+    EXPECT_EQ(stream->Write(data.data(), 1'000, nullptr), E_FAIL);
+    stream.Reset();
+    EXPECT_EQ(asked(), "close_file_download open_file_upload");
+    EXPECT_TRUE(fetch(L"file") == data);
+}
+
+TEST_F(streams, keep_the_old_content_when_a_write_is_given_up) {
+    auto stream = open();
+    control.fault({{"kind", "cut_upload"}, {"bytes", "300000"}});
+    ASSERT_EQ(stream->Write(data.data(), 100'000, nullptr), S_OK);
+    ASSERT_EQ(stream->Write(data.data(), static_cast<ULONG>(data.size()), nullptr), E_FAIL);
+    stream.Reset();
+    EXPECT_EQ(prompt.asked, (decltype(prompt.asked){{1403, broken_line}}));
+    EXPECT_EQ(asked(), "open_file_download close_file_download open_file_upload");
+    EXPECT_TRUE(fetch(L"file") == data);
+
+    // Made good by a consumer who tries again by himself, it is kept.
+    stream = open();
+    stream->SetSilent();
+    control.fault({{"kind", "cut_upload"}, {"bytes", "300000"}});
+    const auto other = make_content(5'000'000, 4);
+    ASSERT_EQ(stream->Write(other.data(), 5'000'000, nullptr), E_FAIL);
+    ASSERT_EQ(stream->Write(other.data(), 5'000'000, nullptr), S_OK);
+    stream.Reset();
+    EXPECT_TRUE(fetch(L"file") == other);
 }
 
 TEST_F(streams, show_real_boxes) {

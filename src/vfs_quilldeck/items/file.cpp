@@ -135,31 +135,53 @@ void file::close(vfs::time_seconds time) {
     if (open_mode_ == 0) {
         throw exception(L"Close failed", L"File is not opened");
     }
-    if (stream_.get_mode() != transfer_stream::closed) {
-        stream_.close();
-    }
-    if ((open_mode_ & (vfs::modeWrite | vfs::modeOverwrite)) != 0) {
-        const vfs::time_seconds modified = time > 0 ? time : std::time(nullptr);
-        const reply_node reply =
-            record_->link.request(L"close_file_upload", {{L"file_id", record_->listed.id},
-                                                         {L"temp_location", temp_location_},
-                                                         {L"file_time", std::to_wstring(modified)},
-                                                         {L"file_size", std::to_wstring(position_)},
-                                                         {L"is_pro", L"0"}});
-        record_->set_content(record_->get_location(), position_, modified);
-        heed_content(*record_, reply);
+    if (stream_mode_of(open_mode_) == transfer_stream::writing) {
+        if (!is_stored_already(time)) {
+            stream_.finish();
+            ask_to_store(time);
+        }
     } else {
+        stream_.abandon();
         record_->link.request(L"close_file_download",
                               {{L"file_id", record_->listed.id}, {L"is_pro", L"0"}});
     }
-    open_mode_ = 0;
-    position_ = 0;
+    abandon();
+}
+
+bool file::is_stored_already(vfs::time_seconds time) {
+    if (!close_asked_) {
+        return false;
+    }
+    try {
+        ask_to_store(time);
+        return true;
+    } catch (const exception& failure) {
+        if (failure.get_description() == connection_failure_text) {
+            throw;
+        }
+        // Bytes are missing, it seems.
+        return false;
+    }
+}
+
+void file::ask_to_store(vfs::time_seconds time) {
+    const vfs::time_seconds modified = time > 0 ? time : std::time(nullptr);
+    close_asked_ = true;
+    const reply_node reply =
+        record_->link.request(L"close_file_upload", {{L"file_id", record_->listed.id},
+                                                     {L"temp_location", temp_location_},
+                                                     {L"file_time", std::to_wstring(modified)},
+                                                     {L"file_size", std::to_wstring(position_)},
+                                                     {L"is_pro", L"0"}});
+    record_->set_content(record_->get_location(), position_, modified);
+    heed_content(*record_, reply);
 }
 
 void file::abandon() noexcept {
     stream_.abandon();
     open_mode_ = 0;
     position_ = 0;
+    close_asked_ = false;
 }
 
 void file::seek(std::int64_t offset, std::int32_t origin) {
@@ -167,23 +189,17 @@ void file::seek(std::int64_t offset, std::int32_t origin) {
         (origin == vfs::seek_beginning && offset == position_)) {
         return;
     }
-    if (origin == vfs::seek_beginning && offset == 0) {
-        rewind();
-        return;
+    if (origin != vfs::seek_beginning || offset != 0) {
+        throw exception(L"Internal error", L"file::seek(): Operation not implemented");
     }
-    throw exception(L"Internal error", L"file::seek(): Operation not implemented");
-}
-
-void file::rewind() {
+    close_asked_ = false;
     try {
-        if (stream_.get_mode() != transfer_stream::closed) {
-            stream_.close();
-        }
-        stream_.open(wide_to_utf8(temp_location_), stream_mode_of(open_mode_));
-        position_ = 0;
+        stream_.rewind();
     } catch (const vfs::exception& cause) {
+        position_ = stream_.get_position();
         throw exception(L"Seek error", cause.get_description());
     }
+    position_ = 0;
 }
 
 std::uint32_t file::read(void* buffer, std::uint32_t length) {
@@ -193,6 +209,7 @@ std::uint32_t file::read(void* buffer, std::uint32_t length) {
 }
 
 std::uint32_t file::write(const void* buffer, std::uint32_t length) {
+    close_asked_ = false;
     const std::uint32_t placed = stream_.write(buffer, length);
     position_ += placed;
     return placed;

@@ -102,7 +102,9 @@ protected:
 private:
     request_params id_param() const { return {{L"file_id", record_->listed.id}}; }
 
-    void rewind();
+    /// After a `close` whose request brought no answer the store may have the file all the same.
+    bool is_stored_already(vfs::time_seconds time);
+    void ask_to_store(vfs::time_seconds time);
 
     const std::shared_ptr<file_record> record_;
     /// Of this object's own open.
@@ -110,6 +112,8 @@ private:
     transfer_stream stream_;
     std::wstring temp_location_;
     std::int64_t position_ = 0;
+    /// The store has been asked to make this upload the file, and has not said that it did.
+    bool close_asked_ = false;
 };
 
 } // namespace vfs_quilldeck

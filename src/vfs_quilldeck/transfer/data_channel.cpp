@@ -4,10 +4,11 @@
 
 #include <winsock2.h>
 
-#include <cstddef>
-#include <cstdlib>
+#include <array>
+#include <atomic>
+#include <cstdint>
 #include <cstring>
-#include <memory>
+#include <string_view>
 
 namespace vfs_quilldeck {
 
@@ -21,19 +22,38 @@ constexpr curl_off_t smallest_socket_buffer = 32'000;
 /// libcurl looks at the control channel in between.
 constexpr timeval longest_wait_for_room{0, 500'000};
 
-struct free_curl_text {
-    void operator()(char* text) const { curl_free(text); }
-};
+/// A limited transfer leaves data in OpenSSL's buffer and waits at the socket. Pooled handles keep
+/// a limit that they once had.
+bool is_never_limited(const transfer_account& account) {
+    static std::atomic<bool> was_limited = false;
+    if (account.download_speed_limit > 0) {
+        was_limited = true;
+    }
+    return !was_limited;
+}
 
-int port_of(const transfer_account& account) {
-    const std::unique_ptr<CURLU, decltype(&curl_url_cleanup)> url(curl_url(), &curl_url_cleanup);
-    char* text = nullptr;
-    if (!url || curl_url_set(url.get(), CURLUPART_URL, account.host.c_str(), 0) != CURLUE_OK ||
-        curl_url_get(url.get(), CURLUPART_PORT, &text, CURLU_DEFAULT_PORT) != CURLUE_OK) {
+/// The port that a reply to EPSV or PASV names, "229 ... (|||port|)" or "227 ...
+/// (a,b,c,d,high,low)"; 0 for any other line.
+int named_port(std::string_view line) noexcept {
+    const bool extended = line.starts_with("229 ");
+    if (!extended && !line.starts_with("227 ")) {
         return 0;
     }
-    const std::unique_ptr<char, free_curl_text> owner(text);
-    return std::atoi(text);
+    std::array<std::uint32_t, 6> numbers{};
+    std::size_t count = 0;
+    bool within = false;
+    for (const char c : line.substr(4)) {
+        const bool digit = c >= '0' && c <= '9';
+        if (digit && !within && count++ == numbers.size()) {
+            return 0;
+        }
+        if (digit) {
+            numbers[count - 1] = numbers[count - 1] * 10 + static_cast<std::uint32_t>(c - '0');
+        }
+        within = digit;
+    }
+    const std::uint32_t port = extended ? numbers[0] : numbers[4] * 256 + numbers[5];
+    return count == (extended ? 1U : 6U) && port <= 65'535 ? static_cast<int>(port) : 0;
 }
 
 /// The port stands at the same place in the addresses of both families.
@@ -45,12 +65,11 @@ int port_of(const curl_sockaddr& address) {
 
 } // namespace
 
-data_channel::data_channel(CURL* handle, const transfer_account& account,
-                           const std::atomic<bool>* given_up)
-    : handle_(handle), given_up_(given_up), control_port_(port_of(account)),
-      // A limited transfer leaves data in OpenSSL's buffer and waits at the socket.
-      reads_ahead_(account.download_speed_limit <= 0) {
+data_channel::data_channel(CURL* handle, const transfer_account& account, transfer_watch* watch)
+    : handle_(handle), watch_(watch), reads_ahead_(is_never_limited(account)) {
     curl_easy_setopt(handle, CURLOPT_PRIVATE, this);
+    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, &data_channel::hear_reply);
+    curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(handle, CURLOPT_OPENSOCKETFUNCTION, &data_channel::open_socket);
     curl_easy_setopt(handle, CURLOPT_OPENSOCKETDATA, this);
     // A connection keeps these two for life, and lives longer than this object.
@@ -68,13 +87,25 @@ data_channel::~data_channel() {
     curl_easy_setopt(handle_, CURLOPT_XFERINFOFUNCTION, nullptr);
     curl_easy_setopt(handle_, CURLOPT_SSL_CTX_FUNCTION, nullptr);
     curl_easy_setopt(handle_, CURLOPT_OPENSOCKETFUNCTION, nullptr);
+    curl_easy_setopt(handle_, CURLOPT_HEADERDATA, nullptr);
+    curl_easy_setopt(handle_, CURLOPT_HEADERFUNCTION, nullptr);
     curl_easy_setopt(handle_, CURLOPT_PRIVATE, nullptr);
+}
+
+std::size_t data_channel::hear_reply(char* line, std::size_t one, std::size_t count, void* self) {
+    const std::size_t length = one * count;
+    const int port = named_port({line, length});
+    if (port != 0) {
+        static_cast<data_channel*>(self)->named_port_ = port;
+    }
+    return length;
 }
 
 curl_socket_t data_channel::open_socket(void* self, curlsocktype, curl_sockaddr* address) {
     auto& channel = *static_cast<data_channel*>(self);
     const SOCKET opened = socket(address->family, address->socktype, address->protocol);
-    channel.socket_ = port_of(*address) != channel.control_port_ ? opened : CURL_SOCKET_BAD;
+    const bool is_data = channel.named_port_ != 0 && port_of(*address) == channel.named_port_;
+    channel.socket_ = is_data ? opened : CURL_SOCKET_BAD;
     return opened;
 }
 
@@ -100,15 +131,14 @@ CURLcode data_channel::tune_tls(CURL*, void* context, void* self) {
     return CURLE_OK;
 }
 
-int data_channel::look_around(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent) {
+int data_channel::look_around(void* self, curl_off_t, curl_off_t received, curl_off_t,
+                              curl_off_t sent) {
     const auto& channel = *static_cast<const data_channel*>(self);
-    const auto over = [&channel] {
-        return channel.given_up_ != nullptr && *channel.given_up_;
-    };
-    if (!over() && sent > smallest_socket_buffer && channel.socket_ != CURL_SOCKET_BAD) {
+    const bool goes_on = channel.watch_ == nullptr || channel.watch_->goes_on(received + sent);
+    if (goes_on && sent > smallest_socket_buffer && channel.socket_ != CURL_SOCKET_BAD) {
         channel.await_room();
     }
-    return over() ? 1 : 0;
+    return goes_on ? 0 : 1;
 }
 
 void data_channel::await_room() const {

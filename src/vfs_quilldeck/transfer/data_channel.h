@@ -1,10 +1,11 @@
 #pragma once
 
 #include "vfs_quilldeck/transfer/transfer_account.h"
+#include "vfs_quilldeck/transfer/transfer_watch.h"
 
 #include <curl/curl.h>
 
-#include <atomic>
+#include <cstddef>
 
 namespace vfs_quilldeck {
 
@@ -13,7 +14,8 @@ namespace vfs_quilldeck {
 /// Receiving, it takes large pieces. OpenSSL by itself asks the socket twice for each record of 16
 /// KiB, and each call costs more than the record's decryption; reading ahead it asks once for many.
 /// The control channel must not read ahead: libcurl waits at the socket for a reply that would lie
-/// in OpenSSL's buffer already.
+/// in OpenSSL's buffer already. So a socket is the data channel only if it goes to the port that
+/// the server has just named for it.
 ///
 /// Sending, it waits for room in the socket itself. libcurl waits for the platform's write event,
 /// which comes only after a send was refused. Where the last piece just fitted and left too little
@@ -23,27 +25,29 @@ namespace vfs_quilldeck {
 /// An object belongs to one use of a handle and lives until `curl_easy_perform` has returned.
 class data_channel {
 public:
-    /// Sets the callbacks on `handle`, and itself as its `CURLOPT_PRIVATE`. The transfer is broken
-    /// off once `given_up` is set, if there is one.
-    data_channel(CURL* handle, const transfer_account& account,
-                 const std::atomic<bool>* given_up = nullptr);
+    /// Sets the callbacks on `handle`, and itself as its `CURLOPT_PRIVATE`. `watch` hears of all
+    /// that moves, if there is one.
+    data_channel(CURL* handle, const transfer_account& account, transfer_watch* watch = nullptr);
     data_channel(const data_channel&) = delete;
     data_channel& operator=(const data_channel&) = delete;
     /// Takes them away again, but for the one that closes sockets, which connections keep.
     ~data_channel();
 
 private:
+    static std::size_t hear_reply(char* line, std::size_t one, std::size_t count, void* self);
     static curl_socket_t open_socket(void* self, curlsocktype purpose, curl_sockaddr* address);
     static int close_socket(void* handle, curl_socket_t socket);
     static CURLcode tune_tls(CURL* handle, void* context, void* self);
-    static int look_around(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent);
+    static int look_around(void* self, curl_off_t, curl_off_t received, curl_off_t,
+                           curl_off_t sent);
 
     void await_room() const;
 
     CURL* const handle_;
-    const std::atomic<bool>* const given_up_;
-    int control_port_;
-    bool reads_ahead_;
+    transfer_watch* const watch_;
+    const bool reads_ahead_;
+    /// That the server has named for the data channel to come; 0: none.
+    int named_port_ = 0;
     /// The data channel's, from its opening to its closing; the number may be another's afterwards.
     curl_socket_t socket_ = CURL_SOCKET_BAD;
 };

@@ -1,6 +1,7 @@
 #include "vfs_quilldeck/transfer/transfer_options.h"
 
 #include "vfs_quilldeck/transfer/data_channel.h"
+#include "vfs_quilldeck/transfer/transfer_watch.h"
 #include "vfs_quilldeck/wire/curl_descriptor_cache.h"
 
 #include <windows.h>
@@ -14,6 +15,28 @@ namespace {
 std::size_t discard(char*, std::size_t size, std::size_t count, void*) {
     return size * count;
 }
+
+/// Lets a handle ask for the size alone. Its next user knows nothing of that and gets it back as it
+/// was, whatever happens here.
+class size_only {
+public:
+    explicit size_only(CURL* handle) : handle_(handle) {
+        curl_easy_setopt(handle, CURLOPT_UPLOAD, 0L);
+        curl_easy_setopt(handle, CURLOPT_NOBODY, 1L);
+        curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &discard);
+        curl_easy_setopt(handle, CURLOPT_FILETIME, 0L);
+        curl_easy_setopt(handle, CURLOPT_FORBID_REUSE, 0L);
+        curl_easy_setopt(handle, CURLOPT_RESUME_FROM_LARGE, curl_off_t{0});
+    }
+
+    size_only(const size_only&) = delete;
+    size_only& operator=(const size_only&) = delete;
+
+    ~size_only() { curl_easy_setopt(handle_, CURLOPT_NOBODY, 0L); }
+
+private:
+    CURL* const handle_;
+};
 
 std::optional<std::int64_t> ask_stored_size(CURL* handle) {
     switch (curl_easy_perform(handle)) {
@@ -47,29 +70,29 @@ void set_transfer_options(CURL* handle, const transfer_account& account, const s
 }
 
 std::optional<std::int64_t> find_stored_size(const transfer_account& account,
-                                             const std::string& path) {
-    constexpr int most_questions = 40;
+                                             const std::string& path,
+                                             const stored_size_question& question) {
+    using std::chrono::steady_clock;
     constexpr DWORD pause_milliseconds = 50;
     const curl_descriptor lease(transfer_descriptor_cache);
-    CURL* const handle = lease.get();
-    curl_easy_setopt(handle, CURLOPT_UPLOAD, 0L);
-    curl_easy_setopt(handle, CURLOPT_NOBODY, 1L);
-    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &discard);
-    curl_easy_setopt(handle, CURLOPT_RESUME_FROM_LARGE, curl_off_t{0});
-    set_transfer_options(handle, account, path);
-    const data_channel channel(handle, account);
+    const size_only only(lease.get());
+    set_transfer_options(lease.get(), account, path);
+    const data_channel channel(lease.get(), account);
 
-    std::optional<std::int64_t> size = ask_stored_size(handle);
-    bool at_rest = false;
-    for (int question = 1; size && !at_rest && question < most_questions; ++question) {
+    auto changed = steady_clock::now();
+    std::optional<std::int64_t> size = ask_stored_size(lease.get());
+    while (size && *size <= question.most && steady_clock::now() - changed < question.rest) {
         Sleep(pause_milliseconds);
         const auto before = size;
-        size = ask_stored_size(handle);
-        at_rest = size == before;
+        size = ask_stored_size(lease.get());
+        if (size && *size < *before) {
+            return std::nullopt;
+        }
+        if (size != before) {
+            changed = steady_clock::now();
+        }
     }
-    // The handle's next user knows nothing of this option.
-    curl_easy_setopt(handle, CURLOPT_NOBODY, 0L);
-    return at_rest ? size : std::nullopt;
+    return size;
 }
 
 } // namespace vfs_quilldeck

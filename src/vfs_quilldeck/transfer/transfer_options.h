@@ -5,22 +5,30 @@
 
 #include <curl/curl.h>
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
 
 namespace vfs_quilldeck {
 
-/// Seconds without a hand-over after which a transfer is given up.
-inline constexpr long transfer_timeout_seconds = 60;
-
 /// Sets the account, the security of both channels, the time limit and the URL.
 void set_transfer_options(CURL* handle, const transfer_account& account, const std::string& path);
 
+/// What a question for the size of an upload waits for.
+struct stored_size_question {
+    /// How long the size must stay the same: a server may still be writing what arrived before a
+    /// line broke.
+    std::chrono::milliseconds rest;
+    /// All that was ever sent; a larger size is told as it is, whether it rests or not.
+    std::int64_t most = 0;
+};
+
 /// The bytes that the transfer host holds under `path`, 0 if there is no such file; nothing if that
-/// cannot be found out, or if it does not come to rest: a server may still be writing what arrived
-/// before a line broke.
+/// cannot be found out. As long as the size grows it goes on asking. Throws an `exception` when
+/// there is no handle, and what a lack of memory raises.
 std::optional<std::int64_t> find_stored_size(const transfer_account& account,
-                                             const std::string& path);
+                                             const std::string& path,
+                                             const stored_size_question& question);
 
 } // namespace vfs_quilldeck

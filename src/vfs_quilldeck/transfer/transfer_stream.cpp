@@ -1,23 +1,19 @@
 #include "vfs_quilldeck/transfer/transfer_stream.h"
 
-#include "utils/exceptions.h"
 #include "vfs_quilldeck/transfer/data_channel.h"
 #include "vfs_quilldeck/transfer/transfer_options.h"
+#include "vfs_quilldeck/wire/curl_descriptor_cache.h"
 #include "vfs_quilldeck/wire/exceptions.h"
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
 #include <mutex>
-#include <new>
-#include <optional>
 #include <utility>
 
 namespace vfs_quilldeck {
 
 namespace {
-
-constexpr int succeeded = 0;
-constexpr int failed = -1;
 
 /// libcurl's buffers. Each piece that it sends or receives is a call of the platform's sockets, and
 /// each hand-over a change of threads.
@@ -44,35 +40,32 @@ void transfer_stream::open(const std::string& path, int mode) {
     if (mode_ != closed) {
         throw exception(L"Open failed", L"File already opened");
     }
-    if (mode == writing) {
-        unconfirmed_ = std::make_unique<upload_log>();
-    }
-    offset_ = 0;
-    mode_ = mode;
+    auto log = mode == writing ? std::make_unique<upload_log>() : nullptr;
     path_ = path;
+    unconfirmed_ = std::move(log);
+    mode_ = mode;
     if (!start()) {
-        mode_ = closed;
+        abandon();
         throw exception(L"Open failed", connection_failure_text);
     }
 }
 
-bool transfer_stream::start() {
+bool transfer_stream::start() noexcept {
     thread_.reset();
-    given_up_ = false;
     buffer_size_ = 0;
     served_ = 0;
-    started_ = std::time(nullptr);
     events_.reset();
+    watch_.reset();
     try {
         thread_ = std::make_unique<utils::pool_thread>([this] { run(); });
-    } catch (const utils::utils_exception&) {
+    } catch (const std::exception&) {
         set_status(failed);
         return false;
     }
     return wait_for_worker() || get_status() == succeeded;
 }
 
-void transfer_stream::run() {
+void transfer_stream::run() noexcept {
     set_status(mode_);
     int result = failed;
     try {
@@ -86,8 +79,35 @@ void transfer_stream::run() {
 
 int transfer_stream::perform() {
     const curl_descriptor lease(transfer_descriptor_cache);
-    lease_ = &lease;
-    CURL* const handle = lease.get();
+    handle_ = lease.get();
+    set_direction(handle_);
+    set_transfer_options(handle_, *account_, path_);
+    const data_channel channel(handle_, *account_, &watch_);
+    curl_easy_setopt(handle_, CURLOPT_RESUME_FROM_LARGE, curl_off_t{offset_});
+    // Where a file has become shorter, libcurl keeps a connection whose server waits for a command.
+    curl_easy_setopt(handle_, CURLOPT_FORBID_REUSE, mode_ == reading && offset_ > 0 ? 1L : 0L);
+    if (account_->upload_speed_limit > 0) {
+        curl_easy_setopt(handle_, CURLOPT_MAX_SEND_SPEED_LARGE,
+                         curl_off_t{account_->upload_speed_limit});
+    }
+    if (account_->download_speed_limit > 0) {
+        curl_easy_setopt(handle_, CURLOPT_MAX_RECV_SPEED_LARGE,
+                         curl_off_t{account_->download_speed_limit});
+    }
+    curl_easy_setopt(handle_, CURLOPT_BUFFERSIZE, download_buffer_bytes);
+    curl_easy_setopt(handle_, CURLOPT_UPLOAD_BUFFERSIZE, upload_buffer_bytes);
+    watch_.start(handle_);
+    const CURLcode code = curl_easy_perform(handle_);
+    // The file is shorter now, or ends just where the download was to go on.
+    if (mode_ == reading && (code == CURLE_BAD_DOWNLOAD_RESUME ||
+                             (code == CURLE_OK && buffer_size_ == 0 && !meets_version(0)))) {
+        replaced_ = true;
+        return failed;
+    }
+    return code == CURLE_OK ? succeeded : failed;
+}
+
+void transfer_stream::set_direction(CURL* handle) {
     curl_easy_setopt(handle, CURLOPT_READFUNCTION, &transfer_stream::hand_over);
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &transfer_stream::hand_over);
     curl_easy_setopt(handle, CURLOPT_SEEKFUNCTION, &ignore_seek);
@@ -100,36 +120,40 @@ int transfer_stream::perform() {
         curl_easy_setopt(handle, CURLOPT_UPLOAD, 0L);
         curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
     }
-    set_transfer_options(handle, *account_, path_);
-    const data_channel channel(handle, *account_, &given_up_);
-    curl_easy_setopt(handle, CURLOPT_RESUME_FROM_LARGE, curl_off_t{offset_});
-    if (account_->upload_speed_limit > 0) {
-        curl_easy_setopt(handle, CURLOPT_MAX_SEND_SPEED_LARGE,
-                         curl_off_t{account_->upload_speed_limit});
-    }
-    if (account_->download_speed_limit > 0) {
-        curl_easy_setopt(handle, CURLOPT_MAX_RECV_SPEED_LARGE,
-                         curl_off_t{account_->download_speed_limit});
-    }
-    curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, download_buffer_bytes);
-    curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, upload_buffer_bytes);
-    return curl_easy_perform(handle) == CURLE_OK ? succeeded : failed;
+    // Beside the size it is what tells one version of a file from the next.
+    curl_easy_setopt(handle, CURLOPT_FILETIME, mode_ == reading ? 1L : 0L);
 }
 
 std::size_t transfer_stream::hand_over(char* data, std::size_t size, std::size_t count,
                                        void* stream) noexcept {
     auto& self = *static_cast<transfer_stream*>(stream);
+    const bool is_first = self.buffer_size_ == 0;
     self.buffer_ = data;
     self.buffer_size_ = size * count;
     self.served_ = 0;
+    if (self.mode_ == reading && is_first && !self.meets_version(self.offset_)) {
+        self.replaced_ = true;
+        return CURL_WRITEFUNC_ERROR;
+    }
     self.events_.give();
-    if (self.given_up_) {
+    self.watch_.handed_over();
+    if (self.watch_.is_given_up()) {
         return self.mode_ == writing ? CURL_READFUNC_ABORT : CURL_WRITEFUNC_ERROR;
     }
-    // libcurl limits the transfer as a whole: the limit moves along with each hand-over.
-    const auto elapsed = static_cast<long>(std::time(nullptr) - self.started_);
-    curl_easy_setopt(self.lease_->get(), CURLOPT_TIMEOUT, elapsed + transfer_timeout_seconds);
     return self.served_;
+}
+
+bool transfer_stream::meets_version(std::int64_t begin) noexcept {
+    content_version now;
+    curl_easy_getinfo(handle_, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &now.size);
+    now.size += now.size < 0 ? 0 : begin;
+    curl_easy_getinfo(handle_, CURLINFO_FILETIME_T, &now.time);
+    if (offset_ == 0) {
+        // Nothing has been delivered: whatever it is, it begins here.
+        version_ = now;
+        return true;
+    }
+    return now == version_ && now.size >= 0;
 }
 
 bool transfer_stream::wait_for_worker() noexcept {
@@ -149,17 +173,23 @@ bool transfer_stream::next_buffer() noexcept {
     return wait_for_worker();
 }
 
+void transfer_stream::end_worker() noexcept {
+    while (next_buffer()) {
+        // Nothing served ends an upload and aborts a download.
+    }
+}
+
 bool transfer_stream::is_eof() const {
     return mode_ == reading && get_status() == succeeded && served_ == buffer_size_;
 }
 
 int transfer_stream::get_status() const {
-    const std::lock_guard guard(lock_);
+    const std::lock_guard guard(status_lock_);
     return status_;
 }
 
 void transfer_stream::set_status(int status) {
-    const std::lock_guard guard(lock_);
+    const std::lock_guard guard(status_lock_);
     status_ = status;
 }
 
@@ -176,10 +206,9 @@ void transfer_stream::require(const wchar_t* operation, const void* buffer, int 
 }
 
 std::uint32_t transfer_stream::read(void* buffer, std::uint32_t length) {
-    constexpr auto operation = L"Read failed";
-    require(operation, buffer, reading);
-    if (get_status() < succeeded && !start()) {
-        throw exception(operation, connection_failure_text);
+    require(L"Read failed", buffer, reading);
+    if (get_status() < succeeded && (replaced_ || !start())) {
+        fail_read();
     }
     if (get_status() == succeeded) {
         return 0;
@@ -194,7 +223,7 @@ std::uint32_t transfer_stream::read(void* buffer, std::uint32_t length) {
         delivered += static_cast<std::uint32_t>(size);
         if (served_ == buffer_size_ && !next_buffer()) {
             if (get_status() != succeeded) {
-                throw exception(operation, connection_failure_text);
+                fail_read();
             }
             break;
         }
@@ -203,66 +232,32 @@ std::uint32_t transfer_stream::read(void* buffer, std::uint32_t length) {
     return delivered;
 }
 
-std::uint32_t transfer_stream::write(const void* buffer, std::uint32_t length) {
-    constexpr auto operation = L"Write failed";
-    require(operation, buffer, writing);
-    if (get_status() <= succeeded) {
-        resume_upload();
-    }
-    const upload_log::bytes data(static_cast<const unsigned char*>(buffer), length);
-    std::optional<std::size_t> held;
-    try {
-        held = unconfirmed_->offer(data);
-    } catch (const std::bad_alloc&) {
-        throw std::wstring(L"Out of memory");
-    }
-    if (!held || !place(data.subspan(*held), false)) {
-        throw exception(operation, connection_failure_text);
-    }
-    unconfirmed_->accept(length);
-    if (served_ == 0) {
-        // A new buffer is on offer: libcurl has taken this call's data too.
-        unconfirmed_->confirm(unconfirmed_->accepted());
-    }
-    offset_ = unconfirmed_->confirmed();
-    return length;
+void transfer_stream::fail_read() const {
+    throw exception(L"Read failed",
+                    replaced_ ? L"The file was replaced in the store while it was being read"
+                              : connection_failure_text);
 }
 
-bool transfer_stream::place(upload_log::bytes data, bool replay) {
-    while (!data.empty()) {
-        const std::size_t size = std::min(buffer_size_ - served_, data.size());
-        std::memcpy(buffer_ + served_, data.data(), size);
-        served_ += size;
-        data = data.subspan(size);
-        if (served_ < buffer_size_) {
-            continue;
-        }
-        if (!next_buffer()) {
-            return false;
-        }
-        if (!replay) {
-            // libcurl asks for more: it has taken all that came before this call.
-            unconfirmed_->confirm(unconfirmed_->accepted());
-        }
+void transfer_stream::rewind() {
+    if (mode_ == closed) {
+        throw exception(L"Open failed", L"File not opened");
     }
-    return true;
-}
-
-void transfer_stream::resume_upload() {
-    const auto held = find_stored_size(*account_, path_);
-    if (!held || !unconfirmed_->resume_at(*held)) {
-        throw exception(L"Write failed", connection_failure_text);
+    if (mode_ == reading) {
+        watch_.give_up();
     }
-    offset_ = *held;
+    end_worker();
+    // Late bytes of an upload's broken line must not meet those of the new one.
+    if (mode_ == writing && get_status() == failed && find_held() < 0) {
+        throw exception(L"Open failed", connection_failure_text);
+    }
+    offset_ = 0;
+    replaced_ = false;
+    write_failure_.clear();
+    if (unconfirmed_) {
+        unconfirmed_->clear();
+    }
     if (!start()) {
-        throw exception(L"Write failed", connection_failure_text);
-    }
-    for (std::int64_t at = offset_; at < unconfirmed_->accepted();) {
-        const upload_log::bytes piece = unconfirmed_->replay_from(at);
-        if (!place(piece, true)) {
-            throw exception(L"Write failed", connection_failure_text);
-        }
-        at += static_cast<std::int64_t>(piece.size());
+        throw exception(L"Open failed", connection_failure_text);
     }
 }
 
@@ -270,25 +265,21 @@ void transfer_stream::close() {
     if (mode_ == closed) {
         throw exception(L"Close failed", L"File is not opened");
     }
-    given_up_ = mode_ == reading;
-    while (next_buffer()) {
-        // Nothing served ends an upload.
+    if (mode_ == writing) {
+        end_worker();
     }
-    forget();
+    abandon();
 }
 
 void transfer_stream::abandon() noexcept {
-    given_up_ = true;
-    while (next_buffer()) {
-        // Each buffer on offer is refused.
-    }
-    forget();
-}
-
-void transfer_stream::forget() noexcept {
+    watch_.give_up();
+    end_worker();
     thread_.reset();
     unconfirmed_.reset();
     offset_ = 0;
+    replaced_ = false;
+    write_failure_.clear();
+    was_resumed_ = false;
     mode_ = closed;
 }
 

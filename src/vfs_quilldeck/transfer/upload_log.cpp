@@ -5,27 +5,23 @@
 
 namespace vfs_quilldeck {
 
-namespace {
-
-constexpr std::size_t chunk_size = std::size_t{64} * 1024;
-
-} // namespace
-
-void upload_log::clear() {
-    *this = {};
+void upload_log::clear() noexcept {
+    chunks_.clear();
+    begin_ = 0;
+    size_ = 0;
+    confirmed_ = 0;
+    accepted_ = 0;
 }
 
 std::optional<std::size_t> upload_log::offer(bytes data) {
-    const std::int64_t ahead = std::max<std::int64_t>(confirmed_ - accepted_, 0);
-    const std::size_t held = std::min(data.size(), static_cast<std::size_t>(ahead));
-    if (!equals(accepted_, data.first(held))) {
+    const auto kept =
+        static_cast<std::size_t>(std::min<std::int64_t>(end() - accepted_, std::ssize(data)));
+    if (!equals(accepted_, data.first(kept))) {
         return std::nullopt;
     }
-    if (held < data.size()) {
-        truncate(std::max(confirmed_, accepted_));
-        append(data.subspan(held));
-    }
-    return held;
+    append(data.subspan(kept));
+    const std::int64_t ahead = std::max<std::int64_t>(confirmed_ - accepted_, 0);
+    return std::min(data.size(), static_cast<std::size_t>(ahead));
 }
 
 void upload_log::confirm(std::int64_t position) {
@@ -63,36 +59,28 @@ bool upload_log::equals(std::int64_t position, bytes data) const {
 }
 
 void upload_log::append(bytes data) {
-    size_ += static_cast<std::int64_t>(data.size());
     while (!data.empty()) {
-        if (chunks_.empty() || chunks_.back().size() == chunk_size) {
-            // Memory that has been in use is faster than new memory, which must be mapped first.
-            chunks_.push_back(std::exchange(spare_, {}));
-            chunks_.back().clear();
-            chunks_.back().reserve(chunk_size);
+        if (chunks_.empty() || chunks_.back().size() == bounds_.chunk) {
+            add_chunk();
         }
         auto& chunk = chunks_.back();
-        const std::size_t size = std::min(data.size(), chunk_size - chunk.size());
+        const std::size_t size = std::min(data.size(), bounds_.chunk - chunk.size());
         chunk.insert(chunk.end(), data.begin(), data.begin() + static_cast<std::ptrdiff_t>(size));
+        size_ += static_cast<std::int64_t>(size);
         data = data.subspan(size);
     }
 }
 
-void upload_log::truncate(std::int64_t position) {
-    while (end() > position) {
-        auto& chunk = chunks_.back();
-        const auto surplus = static_cast<std::size_t>(end() - position);
-        const std::size_t size = std::min(surplus, chunk.size());
-        chunk.resize(chunk.size() - size);
-        size_ -= static_cast<std::int64_t>(size);
-        if (chunk.empty()) {
-            chunks_.pop_back();
-        }
-    }
+void upload_log::add_chunk() {
+    // Memory that has been in use is faster than new memory, which must be mapped first.
+    std::vector<unsigned char> fresh = std::exchange(spare_, {});
+    fresh.clear();
+    fresh.reserve(bounds_.chunk);
+    chunks_.push_back(std::move(fresh));
 }
 
 void upload_log::trim_history() {
-    const std::int64_t keep_from = std::min(confirmed_, accepted_) - history_limit;
+    const std::int64_t keep_from = std::min(confirmed_, accepted_) - bounds_.history;
     while (!chunks_.empty()) {
         const auto size = static_cast<std::int64_t>(chunks_.front().size());
         if (begin_ + size > keep_from) {
@@ -106,9 +94,9 @@ void upload_log::trim_history() {
 }
 
 upload_log::bytes upload_log::piece_at(std::int64_t position) const {
-    // All chunks are full but the last, and only whole ones leave at the front.
+    // Only whole ones leave at the front.
     const auto at = static_cast<std::size_t>(position - begin_);
-    return bytes(chunks_[at / chunk_size]).subspan(at % chunk_size);
+    return bytes(chunks_[at / bounds_.chunk]).subspan(at % bounds_.chunk);
 }
 
 } // namespace vfs_quilldeck

@@ -3,9 +3,11 @@
 
 #include "vfs/exceptions.h"
 #include "vfs_quilldeck/transfer/transfer_stream.h"
+#include "vfs_quilldeck/wire/text_encoding.h"
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -98,6 +100,23 @@ protected:
         breaks += seen;
     }
 
+    /// Where the content of a listed file lies.
+    std::string locate(const vfs::file& file) {
+        const auto reply = client->operations_request(
+            {{L"action", L"open_file_download"}, {L"file_id", file.get_id()}, {L"is_pro", L"0"}});
+        return vfs_quilldeck::wide_to_utf8(reply.get_child_text(L"Location"));
+    }
+
+    /// Puts another content there, of another date.
+    void replace(const std::string& location, const content& data) {
+        std::ofstream(path_of(location), std::ios::binary)
+            .write(reinterpret_cast<const char*>(data.data()), std::ssize(data));
+        static int age = 0;
+        const auto hours = std::chrono::hours(++age);
+        std::filesystem::last_write_time(path_of(location),
+                                         std::filesystem::file_time_type::clock::now() - hours);
+    }
+
     const std::uint32_t seed_ = choose_seed();
     std::mt19937 random{seed_};
     /// That callers saw as failed calls.
@@ -178,6 +197,42 @@ TEST_F(vsftpd_cuts_test, transfers_go_on_over_lines_that_broke_on_our_side) {
     while (breaks < 40 && !HasFailure()) {
         cutter.cut_after(number_of(random, 1, 2'500'000));
         upload(location, sent, steps_for_upload(random), 1);
+    }
+}
+
+// The store never puts another content where one is; other servers may.
+TEST_F(vsftpd_cuts_test, a_resumed_download_never_joins_two_versions) {
+    const content data = make_content(download_size, random());
+    const std::string location = locate(*store(L"source", data));
+    line_cutter cutter;
+    constexpr std::size_t read_before = 100'001;
+    for (const std::size_t size : {download_size, download_size + 1, read_before, std::size_t{9}}) {
+        const content other = make_content(size, random());
+        for (const bool delivered : {true, false}) {
+            replace(location, data);
+            transfer_stream stream(client->get_transfer_account());
+            stream.open(location, transfer_stream::reading);
+            content read(download_size + 9);
+            const auto read_on = [&] {
+                return stream.read(read.data(), static_cast<std::uint32_t>(read.size()));
+            };
+            if (delivered) {
+                ASSERT_EQ(stream.read(read.data(), read_before), read_before);
+            }
+            cutter.cut_now();
+            expect_failure(L"Read failed", broken_line, read_on);
+            replace(location, other);
+            for (int i = 0; delivered && i < 2; ++i) {
+                expect_failure(L"Read failed",
+                               L"The file was replaced in the store while it was being read",
+                               read_on);
+            }
+            if (delivered) {
+                stream.rewind();
+            }
+            read.resize(read_on());
+            ASSERT_TRUE(read == other) << size;
+        }
     }
 }
 

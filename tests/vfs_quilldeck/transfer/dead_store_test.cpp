@@ -41,10 +41,12 @@ TEST_F(dead_store_test, open_files_fail_and_can_be_let_go) {
     EXPECT_EQ(read.failures, 4);
     EXPECT_TRUE(std::equal(rest.begin(), rest.end(), data.begin() + 100'000));
     EXPECT_FALSE(write_all(*writing, data, steps_of({100'000}), 3).complete);
-    for (const file_ptr& file : {reading, writing}) {
-        expect_failure(L"Request failed", broken_line, [&] { file->close(0); });
-        // The transfer is over, but nobody has been told: another close tries again.
-        EXPECT_NE(file->get_open_mode(), 0);
+    for (int i = 0; i < 2; ++i) {
+        expect_failure(L"Request failed", broken_line, [&] { reading->close(0); });
+        expect_failure(L"Close failed", broken_line, [&] { writing->close(0); });
+        // Nobody has been told: another close tries again.
+        EXPECT_NE(reading->get_open_mode(), 0);
+        EXPECT_NE(writing->get_open_mode(), 0);
     }
     expect_failure(L"Request failed", broken_line, [&] { find(L"file"); });
 }

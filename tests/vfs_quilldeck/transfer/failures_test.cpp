@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
+#include <random>
 #include <string>
 
 namespace transfer_test {
@@ -61,8 +63,14 @@ TEST_F(failures_test, an_upload_goes_on_as_far_back_as_its_history_reaches) {
     const auto lost = write_all(*file, data, steps_of({200'000}), 3);
     EXPECT_FALSE(lost.complete);
     EXPECT_EQ(lost.failures, 4);
-    EXPECT_THROW(file->close(0), vfs::exception);
+    control.reset();
+    for (int i = 0; i < 2; ++i) {
+        expect_failure(L"Close failed", broken_line, [&] { file->close(0); });
+    }
+    file->abandon();
+    EXPECT_TRUE(control.log().empty()) << "nobody asked for a broken upload";
     EXPECT_TRUE(fetch(L"file") == data) << "a refused upload changed the file";
+    EXPECT_EQ(file->get_size(), std::ssize(data));
 }
 
 TEST_F(failures_test, bytes_that_the_server_holds_already_must_be_repeated) {
@@ -75,7 +83,67 @@ TEST_F(failures_test, bytes_that_the_server_holds_already_must_be_repeated) {
     expect_failure(L"Write failed", broken_line, [&] { file->write(data.data(), 20 * mebibyte); });
     EXPECT_EQ(file->get_pos(), 0);
     expect_failure(L"Write failed", broken_line, [&] { file->write(other.data(), 20 * mebibyte); });
-    EXPECT_EQ(file->write(data.data(), 20 * mebibyte), 20 * mebibyte);
+    expect_failure(L"Close failed", broken_line, [&] { file->close(0); });
+    // In any steps, also after a close that told of it.
+    EXPECT_EQ(file->write(data.data(), 7 * mebibyte), 7 * mebibyte);
+    expect_failure(L"Write failed", broken_line, [&] { file->write(other.data(), 100); });
+    EXPECT_EQ(file->write(data.data() + 7 * mebibyte, 13 * mebibyte), 13 * mebibyte);
+    file->close(0);
+    EXPECT_TRUE(fetch(L"file") == data);
+}
+
+// All bytes of a small file go at its end.
+TEST_F(failures_test, an_upload_that_breaks_at_its_end_is_saved_by_closing_again) {
+    std::mt19937 random(11);
+    int again = 0;
+    for (int i = 0; i < 40; ++i) {
+        const std::size_t size = 1 + random() % (i % 2 == 0 ? 40'000 : 3'000'000);
+        const content data = make_content(size, random());
+        cut_upload(1 + random() % size, i % 3 == 0 ? random() % size : 0);
+        if (i % 4 == 0) {
+            control.fault({{"kind", "drop"},
+                           {"when", i % 8 == 0 ? "after" : "before"},
+                           {"action", "close_file_upload"},
+                           {"count", "4"}});
+        }
+        const file_ptr file = create(L"file " + std::to_wstring(i), size);
+        ASSERT_TRUE(write_all(*file, data, steps_of({16'384}), 3).complete);
+        bool closed = false;
+        for (int tries = 0; !closed && tries < 5; ++tries) {
+            try {
+                file->close(1'000'000);
+                closed = true;
+            } catch (const vfs::exception& failure) {
+                EXPECT_EQ(failure.get_description(), broken_line);
+                ++again;
+            }
+        }
+        ASSERT_TRUE(closed) << size;
+        ASSERT_TRUE(fetch(L"file " + std::to_wstring(i)) == data) << size;
+    }
+    EXPECT_GT(again, 10);
+}
+
+// The store has taken the file, and the line breaks before it can say so; or other bytes are gone.
+TEST_F(failures_test, a_close_whose_answer_was_lost_is_no_failure_when_repeated) {
+    const content data = make_content(100'000, 12);
+    const file_ptr file = create(L"file", data.size());
+    ASSERT_TRUE(write_all(*file, data, steps_of({16'384})).complete);
+    control.fault(
+        {{"kind", "drop"}, {"when", "after"}, {"action", "close_file_upload"}, {"count", "4"}});
+    expect_failure(L"Request failed", broken_line, [&] { file->close(0); });
+    EXPECT_TRUE(fetch(L"file") == data) << "stored, as it happens";
+    file->close(0);
+    EXPECT_EQ(file->get_open_mode(), 0);
+    EXPECT_EQ(file->get_size(), std::ssize(data));
+
+    // What a server took and lost again is found out too.
+    file->open(overwrite, 0);
+    ASSERT_TRUE(write_all(*file, data, steps_of({16'384})).complete);
+    control.fault({{"kind", "drop"}, {"action", "close_file_upload"}, {"count", "4"}});
+    expect_failure(L"Request failed", broken_line, [&] { file->close(0); });
+    const std::string place = control.log().back().value_of("temp_location");
+    std::filesystem::resize_file(path_of("/" + place.substr(place.size() - 33)), 60'000);
     file->close(0);
     EXPECT_TRUE(fetch(L"file") == data);
 }

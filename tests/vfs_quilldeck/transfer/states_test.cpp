@@ -1,6 +1,7 @@
 #include "store_test.h"
 
 #include "vfs_quilldeck/transfer/transfer_stream.h"
+#include "vfs_quilldeck/wire/text_encoding.h"
 
 #include <array>
 #include <memory>
@@ -41,6 +42,29 @@ TEST_F(states_test, opening_refuses_what_a_remote_file_does_not_offer) {
     for (const int mode : {transfer_stream::reading, transfer_stream::writing}) {
         expect_failure(L"Open failed", broken_line, [&] { stream.open("/f00", mode); });
         EXPECT_EQ(stream.get_mode(), transfer_stream::closed);
+    }
+}
+
+// libcurl guesses a scheme by the name. Whatever it guesses, only the data channel reads ahead: the
+// control channel would leave a reply in its buffer and wait for it.
+TEST_F(states_test, a_host_may_have_no_scheme) {
+    const content data = make_content(1'000'000, 7);
+    store(L"file", data);
+    auto account = *client->get_transfer_account();
+    const std::size_t port = account.host.rfind(':');
+    account.host = "ftp.localhost" + account.host.substr(port);
+    const auto reply = client->operations_request({{L"action", L"open_file_download"},
+                                                   {L"file_id", find(L"file")->get_id()},
+                                                   {L"is_pro", L"0"}});
+    transfer_stream stream(std::make_shared<vfs_quilldeck::transfer_account>(account));
+    for (int i = 0; i < 2; ++i) {
+        stream.open(vfs_quilldeck::wide_to_utf8(reply.get_child_text(L"Location")),
+                    transfer_stream::reading);
+        content read(1'000'001);
+        EXPECT_EQ(stream.read(read.data(), 1'000'001), 1'000'000U);
+        stream.close();
+        read.pop_back();
+        EXPECT_TRUE(read == data);
     }
 }
 
