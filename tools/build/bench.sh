@@ -31,6 +31,9 @@ if [ "${1:-}" = --small ]; then
     shift
 fi
 "$ROOT/tools/build/build.sh" release
+if [ "${1:-}" = line ]; then
+    exec "$PYTHON" "$ROOT/bench/slow_line.py" "$ROOT/build/release/bin/slow_line.exe" "${@:2}"
+fi
 status=0
 for program in "$ROOT"/build/release/bin/bench_${1:-*}.exe; do
     name=${program##*/bench_}

@@ -29,6 +29,7 @@ import subprocess
 import sys
 import tempfile
 import time
+from collections.abc import Sequence
 from pathlib import Path
 
 from vsftpd import Vsftpd
@@ -39,10 +40,11 @@ START_SECONDS = 60
 
 class Store:
     """A store in `folder`, which may be that of one that has ended. It serves when the constructor
-    returns.
+    returns. `prefix` is put before its command.
     """
 
-    def __init__(self, folder: Path, *options: str) -> None:
+    def __init__(self, folder: Path, *options: str, prefix: Sequence[str] = (),
+                 demo: bool = True) -> None:
         folder.mkdir(exist_ok=True)
         folder.chmod(0o711)
         self.ready_file = folder / "ready.json"
@@ -50,9 +52,9 @@ class Store:
         self._log_file = folder / "service.log"
         with open(self._log_file, "wb") as log:
             self.process = subprocess.Popen(
-                ["/usr/bin/python3", SERVICE, "--data", folder / "data", "--https-port", "0",
-                 "--ftp-port", "0", "--ready-file", self.ready_file, "--demo", "--test-control",
-                 *options], stdin=subprocess.DEVNULL, stdout=log, stderr=log)
+                [*prefix, "/usr/bin/python3", SERVICE, "--data", folder / "data", "--https-port", "0",
+                 "--ftp-port", "0", "--ready-file", self.ready_file,
+                 *(["--demo", "--test-control"] if demo else []), *options], stdin=subprocess.DEVNULL, stdout=log, stderr=log)
         deadline = time.monotonic() + START_SECONDS
         while not self.ready_file.exists():
             if self.process.poll() is not None or time.monotonic() > deadline:

@@ -123,8 +123,9 @@ int data_channel::close_socket(void* handle, curl_socket_t socket) {
 
 CURLcode data_channel::tune_tls(CURL*, void* context, void* self) {
     const auto& channel = *static_cast<const data_channel*>(self);
+    auto* const tls = static_cast<SSL_CTX*>(context);
+    SSL_CTX_set_mode(tls, SSL_MODE_ENABLE_PARTIAL_WRITE);
     if (channel.socket_ != CURL_SOCKET_BAD && channel.reads_ahead_) {
-        auto* const tls = static_cast<SSL_CTX*>(context);
         SSL_CTX_set_read_ahead(tls, 1);
         SSL_CTX_set_default_read_buffer_len(tls, read_ahead_bytes);
     }

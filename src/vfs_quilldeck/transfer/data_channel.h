@@ -20,7 +20,8 @@ namespace vfs_quilldeck {
 /// Sending, it waits for room in the socket itself. libcurl waits for the platform's write event,
 /// which comes only after a send was refused. Where the last piece just fitted and left too little
 /// room for the next, libcurl sleeps for a whole second, unless a send of nothing is refused too,
-/// as under Windows; under Wine it is not.
+/// as under Windows; under Wine it is not. And it has OpenSSL tell of each record that is sent: by
+/// itself it tells of libcurl's whole buffer, after minutes on a slow line.
 ///
 /// An object belongs to one use of a handle and lives until `curl_easy_perform` has returned.
 class data_channel {

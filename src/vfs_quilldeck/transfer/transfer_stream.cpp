@@ -54,6 +54,7 @@ bool transfer_stream::start() noexcept {
     thread_.reset();
     buffer_size_ = 0;
     served_ = 0;
+    stood_still_ = false;
     events_.reset();
     watch_.reset();
     try {
@@ -98,6 +99,7 @@ int transfer_stream::perform() {
     curl_easy_setopt(handle_, CURLOPT_UPLOAD_BUFFERSIZE, upload_buffer_bytes);
     watch_.start(handle_);
     const CURLcode code = curl_easy_perform(handle_);
+    stood_still_ = code == CURLE_OPERATION_TIMEDOUT;
     // The file is shorter now, or ends just where the download was to go on.
     if (mode_ == reading && (code == CURLE_BAD_DOWNLOAD_RESUME ||
                              (code == CURLE_OK && buffer_size_ == 0 && !meets_version(0)))) {

@@ -44,7 +44,8 @@ public:
     void rewind();
     /// Ends an upload and returns when the server has all that was written; called again, it looks
     /// at what the server holds. A line that breaks is taken up as long as that brings the server
-    /// further. After a write that failed and was not repeated it fails with that one's text.
+    /// further, one that stands still is not. After a write that failed and was not repeated it
+    /// fails with that one's text.
     void finish();
     /// Ends the transfer and forgets it: an upload after what was written, without a look at
     /// whether the last bytes arrived; a download by breaking it off.
@@ -126,6 +127,8 @@ private:
     std::size_t buffer_size_ = 0;
     std::size_t served_ = 0;
 
+    /// The worker ended because no byte moved for too long.
+    bool stood_still_ = false;
     content_version version_;
     bool replaced_ = false;
 

@@ -129,6 +129,9 @@ void transfer_stream::finish() {
             if (get_status() == succeeded) {
                 return;
             }
+            if (stood_still_) {
+                throw exception(operation, connection_failure_text);
+            }
         }
         const std::int64_t held = find_held();
         // A location without bytes may be one that is not there.
