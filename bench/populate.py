@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """populate.py READY_FILE: gives the demo account of a running store folders of 10,000 and 100,000
-empty files, named "Many 10000" and "Many 100000", by way of its metadata."""
+empty files, named "Many 10000" and "Many 100000", and the folder "Nested" with one folder that holds
+10,000 in 100 folders, by way of its metadata."""
 from __future__ import annotations
 
 import json
@@ -11,6 +12,7 @@ import time
 from pathlib import Path
 
 COUNTS = (10_000, 100_000)
+NESTED_FOLDERS = NESTED_FILES = 100
 DIRECTORY, FILE = 1, 2
 INSERT = """INSERT INTO items (owner_id, parent_id, kind, name, name_key, description, content_id,
                                link_key, created, modified) VALUES (?,?,?,?,?,?,?,?,?,?)"""
@@ -31,6 +33,14 @@ def main() -> None:
             folder = database.execute(INSERT, row(0, DIRECTORY, f"Many {count}", None)).lastrowid
             database.executemany(INSERT, (row(folder, FILE, f"Picture {number:06} of many.jpg", 1)
                                           for number in range(count)))
+        nested: int | None = 0
+        for name in ("Nested", "Tree"):
+            nested = database.execute(INSERT, row(nested, DIRECTORY, name, None)).lastrowid
+        for number in range(NESTED_FOLDERS):
+            folder = database.execute(INSERT, row(nested, DIRECTORY, f"Album {number:03}",
+                                                  None)).lastrowid
+            database.executemany(INSERT, (row(folder, FILE, f"Picture {each:03}.jpg", 1)
+                                          for each in range(NESTED_FILES)))
 
 
 if __name__ == "__main__":

@@ -13,7 +13,9 @@ set -euo pipefail
 inside() {
     local name=$1
     shift
-    [ "$name" != reply ] || "$PYTHON" "$ROOT/bench/populate.py" "$QUILLDECK_TEST_READY"
+    case $name in
+    reply | data_object) "$PYTHON" "$ROOT/bench/populate.py" "$QUILLDECK_TEST_READY" ;;
+    esac
     "$ROOT/tools/build/wine-run" "$ROOT/build/release/bin/bench_$name.exe" "$@"
     if [ "$name" = transfer ]; then
         "$PYTHON" "$ROOT/bench/native_curl.py" "$QUILLDECK_TEST_HTTPS_URL" 'own server' "${@:1:1}"
@@ -42,7 +44,7 @@ for program in "$ROOT"/build/release/bin/bench_${1:-*}.exe; do
     say "measuring $name"
     arguments=("${@:2}")
     case $small$name in
-    yestransfer) arguments=(8 1) ;;
+    yestransfer | yesdata_object) arguments=(8 1) ;;
     yesdrop) arguments=(20 8 1) ;;
     esac
     "$PYTHON" "$ROOT/tools/support/with_service.py" --vsftpd -- "$ROOT/tools/build/wine-run" --host \
