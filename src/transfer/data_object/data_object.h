@@ -18,8 +18,8 @@ namespace transfer {
 /// lists; what they write back completes a move or a deletion. It belongs to the thread that made
 /// it. Neither making it nor listing its formats asks the store for anything.
 ///
-/// A media that is handed out of what was stored holds a reference on the object, so that it is not
-/// copied.
+/// What was stored is lent and not copied: a medium that is handed out holds a reference on the
+/// object.
 class CDataObjectImpl final
     : public com::object<CDataObjectImpl, com::chain<IPersistStream, IPersist>, IDataObjectImpl,
                          IDataObject> {
