@@ -85,7 +85,7 @@ list_view list_of(HWND dialog) {
 
 /// The dialog of Wine opens local files only, so that it is looked at and cancelled.
 TEST_F(shell_dialog_test, file_dialogs_list_the_drive) {
-    sign_in();
+    support::sign_in();
 
     struct {
         FILEOPENDIALOGOPTIONS options;
@@ -104,7 +104,7 @@ TEST_F(shell_dialog_test, file_dialogs_list_the_drive) {
 }
 
 TEST_F(shell_dialog_test, a_folder_dialog_shows_the_drive_as_its_root) {
-    sign_in();
+    support::sign_in();
     auto chosen = std::async(std::launch::async, &choose_folder);
     const open_dialog dialog(wait_for("the folder dialog", [] {
         const HWND found = find_window(L"#32770", {});

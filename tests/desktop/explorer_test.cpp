@@ -101,7 +101,7 @@ TEST_F(explorer_test, signs_in_at_the_first_look_and_shows_what_the_folder_tells
 }
 
 TEST_F(explorer_test, opens_from_my_computer_by_a_double_click) {
-    sign_in();
+    support::sign_in();
     explorer window;
     window.open({});
     const int place = window.wait_for_row(drive);
@@ -110,7 +110,7 @@ TEST_F(explorer_test, opens_from_my_computer_by_a_double_click) {
 }
 
 TEST_F(explorer_test, renames_with_f2_and_outlives_a_right_click) {
-    const auto folder = documents(sign_in());
+    const auto folder = documents(support::sign_in());
     explorer window;
     window.open({drive, L"Documents"});
     const std::wstring name = L"Übersicht & Größe.md";

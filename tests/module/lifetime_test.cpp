@@ -1,3 +1,5 @@
+#include "drive_access.h"
+#include "eventually.h"
 #include "loaded_module.h"
 #include "process_census.h"
 #include "service_url.h"
@@ -7,8 +9,6 @@
 #include "com/apartment.h"
 #include "com/memory.h"
 #include "utils/module.h"
-#include "vfs_quilldeck/session/pc_id.h"
-#include "vfs_quilldeck/session/session.h"
 
 #include <gtest/gtest.h>
 
@@ -21,11 +21,16 @@ namespace module {
 
 namespace {
 
+using support::parse;
+using support::sign_in;
+
 constexpr auto end_within_a_request = L"--end-within-a-request";
 constexpr DWORD ended_by_itself = 7;
 
-/// What a process has that it could lack later.
+/// What a process has that it could lack later, once the idle threads of the platform's pool are
+/// gone.
 struct holdings {
+    bool alone = support::eventually([] { return support::count_process().threads == 1; });
     support::process_census census = support::count_process();
     std::size_t bytes = support::allocated_bytes();
     DWORD first_free_slot = free_slot();
@@ -41,15 +46,9 @@ private:
 };
 
 std::ostream& operator<<(std::ostream& out, const holdings& all) {
-    return out << all.census.handles << " handles, " << all.census.threads << " threads, "
-               << all.bytes << " bytes, slot " << all.first_free_slot;
-}
-
-void sign_in() {
-    if (!vfs_quilldeck::is_logged_in(utils::own_module())) {
-        vfs_quilldeck::ensure_pc_id();
-        vfs_quilldeck::login(utils::own_module(), L"demo", L"demo");
-    }
+    return out << (all.alone ? "" : "not alone, ") << all.census.handles << " handles, "
+               << all.census.threads << " threads, " << all.bytes << " bytes, slot "
+               << all.first_free_slot;
 }
 
 /// The items of a folder, which the store is asked for.
@@ -92,12 +91,6 @@ void use_items(IShellFolder2& drive) {
         com::check(drive.GetDetailsOf(child, 0, &cell));
         CoTaskMemFree(cell.str.pOleStr);
     }
-}
-
-com::unique_id_list parse(IShellFolder& folder, std::wstring name) {
-    ITEMIDLIST* list = nullptr;
-    com::check(folder.ParseDisplayName(nullptr, nullptr, name.data(), nullptr, &list, nullptr));
-    return com::unique_id_list(list);
 }
 
 ComPtr<IShellFolder> open_pictures(IShellFolder& drive) {

@@ -1,3 +1,4 @@
+#include "failures.h"
 #include "file_calls.h"
 #include "serializer/exceptions.h"
 #include "serializer/file_serializer.h"
@@ -30,17 +31,7 @@ node make_tree(const std::wstring& value) {
     return tree;
 }
 
-void expect_failure(const std::function<void()>& operation, const std::string& where,
-                    const std::string& text) {
-    try {
-        operation();
-        ADD_FAILURE() << "no failure";
-    } catch (const serializer_exception& raised) {
-        const std::string what = raised.what();
-        EXPECT_NE(what.find("serializer::file_serializer::" + where + "("), std::string::npos);
-        EXPECT_TRUE(what.ends_with("): " + text)) << what;
-    }
-}
+using support::expect_failure;
 
 class file_serializer_test : public testing::Test {
 protected:
@@ -85,10 +76,13 @@ TEST_F(file_serializer_test, fails_at_a_file_that_it_cannot_read_or_write) {
     write("<a>1</a>");
     {
         const auto writer = hold(file(), FILE_SHARE_READ | FILE_SHARE_WRITE);
-        expect_failure([this] { load(); }, "load_cached", "Stream can not be opened for reading");
+        expect_failure<serializer_exception>([this] { load(); },
+                                             "serializer::file_serializer::load_cached(",
+                                             "): Stream can not be opened for reading");
         const auto neighbour = hold(file(L".tmp"), 0);
-        expect_failure([this] { save(L"b"); }, "save_cached",
-                       "Stream can not be opened for writing");
+        expect_failure<serializer_exception>([this] { save(L"b"); },
+                                             "serializer::file_serializer::save_cached(",
+                                             "): Stream can not be opened for writing");
     }
     EXPECT_THROW(save(L"\xDC00"), utf8::invalid_utf16);
     EXPECT_EQ(load(), node(L"a", L"1"));

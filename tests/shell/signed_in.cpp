@@ -1,9 +1,6 @@
 #include "signed_in.h"
 
 #include "shell_items/id_list_bytes.h"
-#include "utils/module.h"
-#include "vfs_quilldeck/session/pc_id.h"
-#include "vfs_quilldeck/session/session.h"
 
 namespace shell {
 
@@ -16,13 +13,6 @@ std::wstring text_of(STRRET& name, const ITEMIDLIST* list) {
 }
 
 } // namespace
-
-void sign_in() {
-    vfs_quilldeck::ensure_pc_id();
-    if (!vfs_quilldeck::is_logged_in(utils::own_module())) {
-        vfs_quilldeck::login(utils::own_module(), L"demo", L"demo");
-    }
-}
 
 com::unique_id_list drive_list() {
     ITEMIDLIST* list = nullptr;
@@ -38,12 +28,6 @@ ComPtr<IShellFolder2> make_drive() {
     ComPtr<IShellFolder2> folder;
     com::check(drive.As(&folder));
     return folder;
-}
-
-com::unique_id_list parse(IShellFolder& folder, std::wstring name) {
-    ITEMIDLIST* list = nullptr;
-    com::check(folder.ParseDisplayName(nullptr, nullptr, name.data(), nullptr, &list, nullptr));
-    return com::unique_id_list(list);
 }
 
 ComPtr<IShellFolder2> open(IShellFolder& folder, const std::wstring& path) {

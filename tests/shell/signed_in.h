@@ -1,5 +1,7 @@
 #pragma once
 
+#include "drive_access.h"
+
 #include "com/apartment.h"
 #include "com/memory.h"
 #include "com/module_lock.h"
@@ -17,17 +19,15 @@
 namespace shell {
 
 using Microsoft::WRL::ComPtr;
+using support::parse;
+using support::sign_in;
 
 inline constexpr SHCONTF all_items = SHCONTF_FOLDERS | SHCONTF_NONFOLDERS;
 
-/// Signs this process's user in as the demo user, unless that was done already.
-void sign_in();
 /// The absolute list of the drive below My Computer.
 com::unique_id_list drive_list();
 /// A new folder object for the drive.
 ComPtr<IShellFolder2> make_drive();
-/// The list that `folder` parses from `name`. Throws a status.
-com::unique_id_list parse(IShellFolder& folder, std::wstring name);
 /// The folder at that path below `folder`.
 ComPtr<IShellFolder2> open(IShellFolder& folder, const std::wstring& path);
 /// What an enumerator delivers, one by one; empty without one.

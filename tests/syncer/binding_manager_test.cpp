@@ -1,3 +1,4 @@
+#include "failures.h"
 #include "syncer/exceptions.h"
 #include "syncer/manager.h"
 #include "unclosable_handle.h"
@@ -14,18 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The failure's text begins and ends so.
-template <class Failure>
-void expect_failure(const std::function<void()>& operation, const std::string& begin,
-                    const std::string& end) {
-    try {
-        operation();
-        ADD_FAILURE() << "no failure that ends with " << end;
-    } catch (const Failure& failure) {
-        const std::string text = failure.what();
-        EXPECT_TRUE(text.starts_with(begin) && text.ends_with(end)) << text;
-    }
-}
+using support::expect_failure;
 
 TEST(binding_manager, numbers_what_is_added_and_refuses_doubles) {
     const test_user user;

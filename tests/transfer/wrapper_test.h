@@ -1,5 +1,7 @@
 #pragma once
 
+#include "failures.h"
+
 #include "vfs/vfs.h"
 
 #include <gtest/gtest.h>
@@ -9,16 +11,7 @@
 
 namespace transfer_test {
 
-/// The caption and the text of the failure that an operation throws; "none" without one.
-template <class Operation>
-std::wstring failure_of(const Operation& operation) {
-    try {
-        operation();
-    } catch (const vfs::exception& failure) {
-        return failure.get_name() + L": " + failure.get_description();
-    }
-    return L"none";
-}
+using support::failure_of;
 
 /// All names below, in order: "file folder(file folder())".
 inline std::wstring tree_of(vfs::directory& directory) {

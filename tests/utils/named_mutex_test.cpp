@@ -1,3 +1,4 @@
+#include "failures.h"
 #include "second_process.h"
 #include "unclosable_handle.h"
 #include "utils/exceptions.h"
@@ -14,16 +15,7 @@ namespace {
 
 const std::wstring name = L"Local\\utils_test \u00E4";
 
-void expect_failure(const std::function<void()>& operation, const std::string& where,
-                    const std::string& what) {
-    try {
-        operation();
-        ADD_FAILURE() << where << " did not fail";
-    } catch (const system_error_exception& failure) {
-        const std::string text = failure.what();
-        EXPECT_TRUE(text.find(where) < text.find(what) && text.find(what) < text.size()) << text;
-    }
-}
+using support::expect_failure;
 
 TEST(named_mutex, excludes_another_process_until_it_lets_go_or_dies) {
     for (const bool dies : {false, true}) {
@@ -50,13 +42,15 @@ TEST(named_mutex, tells_what_cannot_be_done) {
         const mutex_hold inner(mutex);
         mutex.unlock();
         mutex.unlock();
-        expect_failure([&] { mutex.unlock(); }, "named_mutex::unlock()",
-                       ": ::ReleaseMutex(m_win_mutex) call returned error: ");
+        expect_failure<system_error_exception>(
+            [&] { mutex.unlock(); }, "named_mutex::unlock()",
+            ": ::ReleaseMutex(m_win_mutex) call returned error: ");
     } // those who hold it end nevertheless
     const unique_handle event(CreateEventW(nullptr, FALSE, FALSE, L"Local\\utils_test event"));
-    expect_failure([] { named_mutex of_event(L"Local\\utils_test event"); }, "named_mutex(",
-                   ": ::CreateMutexW(NULL, FALSE, name) call returned error: ");
-    expect_failure(
+    expect_failure<system_error_exception>(
+        [] { named_mutex of_event(L"Local\\utils_test event"); }, "named_mutex(",
+        ": ::CreateMutexW(NULL, FALSE, name) call returned error: ");
+    expect_failure<system_error_exception>(
         [] {
             const support::unclosable_handle handle;
             const named_mutex stuck(name);

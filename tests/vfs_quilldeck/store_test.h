@@ -1,5 +1,6 @@
 #pragma once
 
+#include "failures.h"
 #include "service_url.h"
 #include "store_control.h"
 #include "vfs/vfs.h"
@@ -59,16 +60,7 @@ protected:
     support::store_control control{support::environment("QUILLDECK_TEST_HTTPS_URL")};
 };
 
-/// Name and description of the failure that an operation throws, "none" without one.
-template <class Operation>
-std::wstring failure_of(const Operation& operation) {
-    try {
-        operation();
-    } catch (const vfs::exception& failure) {
-        return failure.get_name() + L": " + failure.get_description();
-    }
-    return L"none";
-}
+using support::failure_of;
 
 inline constexpr auto request_failed =
     L"Request failed: Please, check your internet connection or firewall settings";

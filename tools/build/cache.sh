@@ -17,11 +17,12 @@ is_our_cache() { grep -qs "Quilldeck's cache" "$CACHE/CACHEDIR.TAG"; }
 # Ends with a word when one of these is there and another user's: we could not change his files, or he
 # not ours.
 require_own() {
-    local path
+    local path me
+    me=$(id -un 2>/dev/null || id -u)
     for path; do
         if [ -e "$path" ] && [ ! -O "$path" ]; then
-            die "$path belongs to $(stat -c %U "$path"), not to $(id -un): remove it, or make it" \
-                "yours by: chown -R $(id -un): $path"
+            die "$path belongs to $(stat -c %U "$path"), not to $me: remove it, or make it yours" \
+                "by: chown -R $me: $path"
         fi
     done
 }

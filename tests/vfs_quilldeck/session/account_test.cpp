@@ -92,6 +92,7 @@ TEST_F(account, takes_for_a_thumbnail_what_has_its_mark) {
     }
     try {
         session.get_thumbnail(L"", L"1");
+        ADD_FAILURE() << "no failure";
     } catch (const exception& failure) {
         EXPECT_EQ(dynamic_cast<const vfs::item_already_exists_exception*>(&failure), nullptr);
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "content.h"
+#include "failures.h"
 #include "store_control.h"
 
 #include "vfs/directory.h"
@@ -74,13 +75,7 @@ inline constexpr auto broken_line = L"Please, check your internet connection or 
 /// `call` must fail with exactly these texts.
 template <class Call>
 void expect_failure(const std::wstring& name, const std::wstring& description, const Call& call) {
-    try {
-        call();
-        ADD_FAILURE() << "no failure: " << testing::PrintToString(name);
-    } catch (const vfs::exception& failure) {
-        EXPECT_EQ(failure.get_name(), name);
-        EXPECT_EQ(failure.get_description(), description);
-    }
+    EXPECT_EQ(support::failure_of(call), name + L": " + description);
 }
 
 /// The name of a test's parameter.
