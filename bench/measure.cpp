@@ -2,7 +2,10 @@
 
 #include "vfs/exceptions.h"
 
+#include <windows.h>
+
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <exception>
 #include <iomanip>
@@ -17,10 +20,28 @@ double seconds_of(const std::function<void()>& work) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
+double processor_seconds_of(const std::function<void()>& work) {
+    const auto used = [] {
+        std::array<FILETIME, 4> times{};
+        GetThreadTimes(GetCurrentThread(), &times[0], &times[1], &times[2], &times[3]);
+        const auto units = [](const FILETIME& time) {
+            return static_cast<double>(time.dwHighDateTime) * 4294967296.0 + time.dwLowDateTime;
+        };
+        return (units(times[2]) + units(times[3])) * 1e-7;
+    };
+    const double start = used();
+    work();
+    return used() - start;
+}
+
 double median(std::vector<double> values) {
     std::ranges::sort(values);
     const std::size_t middle = values.size() / 2;
     return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+}
+
+double least(const std::vector<double>& values) {
+    return *std::ranges::min_element(values);
 }
 
 double sum(const std::vector<double>& values) {
@@ -35,15 +56,19 @@ double paired_times::ratio() const {
     return median(quotients);
 }
 
+double paired_times::best_ratio() const {
+    return least(ours) / least(peer);
+}
+
 paired_times measure_in_turns(int repeats, const std::function<void()>& ours,
-                              const std::function<void()>& peer) {
+                              const std::function<void()>& peer, clock_function* clock) {
     paired_times times;
     // Connections, caches and buffers of both are there before anything is measured.
     ours();
     peer();
     for (int i = 0; i < repeats; ++i) {
-        times.ours.push_back(seconds_of(ours));
-        times.peer.push_back(seconds_of(peer));
+        times.ours.push_back(clock(ours));
+        times.peer.push_back(clock(peer));
     }
     return times;
 }

@@ -1,11 +1,15 @@
-/// The parser against a plain recursive one that follows the format's rules word by word.
+/// The parser against a plain recursive one that follows the format's rules word by word, on the
+/// text that the bytes mean.
 #include "check.h"
 #include "vfs_quilldeck/wire/exceptions.h"
 #include "vfs_quilldeck/wire/reply_node.h"
+#include "vfs_quilldeck/wire/text_encoding.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -91,7 +95,9 @@ void compare(const element& expected, const vfs_quilldeck::reply_node& node) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::wstring text(data, data + size);
+    vfs_quilldeck::reply_buffer bytes;
+    fuzz::check(bytes.append(reinterpret_cast<const char*>(data), size), "there is memory");
+    const std::wstring text = vfs_quilldeck::utf8_to_wide(bytes.view());
     element expected;
     bool is_broken = false;
     try {
@@ -101,9 +107,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         is_broken = true;
     }
     try {
-        const auto node = vfs_quilldeck::reply_node::parse(text);
+        const auto node = vfs_quilldeck::reply_node::parse(
+            std::make_shared<const vfs_quilldeck::reply_buffer>(std::move(bytes)));
         fuzz::check(!is_broken, "a missing bracket is seen");
         compare(expected, node);
+        compare(expected, vfs_quilldeck::reply_node::parse(text));
     } catch (const vfs_quilldeck::exception& failure) {
         fuzz::check(is_broken, "what is whole is parsed");
         fuzz::check(failure.get_name() == L"Parse error", "the failure has its name");

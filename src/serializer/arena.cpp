@@ -1,8 +1,5 @@
 #include "serializer/arena.h"
 
-#include <cstdint>
-#include <utility>
-
 namespace serializer {
 
 namespace {
@@ -14,27 +11,15 @@ constexpr std::size_t largest_shared = chunk_size / 8;
 
 } // namespace
 
-void* arena::do_allocate(std::size_t size, std::size_t alignment) {
+void* arena::allocate_elsewhere(std::size_t size, std::size_t alignment) {
     if (size > largest_shared || alignment > alignof(std::max_align_t)) {
-        void* place = add_chunk(size + alignment);
         std::size_t room = size + alignment;
+        void* place = add_chunk(room);
         return std::align(alignment, size, place, room);
     }
-    std::size_t padding = (alignment - reinterpret_cast<std::uintptr_t>(free_)) & (alignment - 1);
-    if (size + padding > left_) {
-        free_ = add_chunk(chunk_size);
-        left_ = chunk_size;
-        padding = 0;
-    }
-    free_ += padding + size;
-    left_ -= padding + size;
+    free_ = add_chunk(chunk_size) + size;
+    left_ = chunk_size - size;
     return free_ - size;
-}
-
-void arena::do_deallocate(void*, std::size_t, std::size_t) {}
-
-bool arena::do_is_equal(const memory_resource& other) const noexcept {
-    return this == &other;
 }
 
 std::byte* arena::add_chunk(std::size_t size) {

@@ -11,7 +11,9 @@ namespace serializer {
 /// of the heap, neither when it is made nor when it goes.
 class document {
 public:
-    document() : root_(new(memory_.allocate(sizeof(node), alignof(node))) node(&memory_)) {}
+    document()
+        : root_(new(memory_.allocate(sizeof(node), alignof(node)))
+                    node(node::allocator_type(&memory_))) {}
 
     document(const document&) = delete;
     document& operator=(const document&) = delete;

@@ -74,11 +74,12 @@ std::int32_t node::get_child_int(std::wstring_view child_name, std::int32_t defa
         return default_value;
     }
     // A number too large for the wider type comes out as its bound, out of range here too.
-    const std::pmr::wstring& text = found->second.value;
-    const wchar_t* const end = text.c_str() + text.size();
+    const wide_text& number_text = found->second.value;
+    const wchar_t* const begin = number_text.c_str();
+    const wchar_t* const end = begin + number_text.size();
     wchar_t* behind = nullptr;
-    const long long number = std::wcstoll(text.c_str(), &behind, 10);
-    if (behind == text.c_str() || !std::all_of<const wchar_t*>(behind, end, std::iswspace) ||
+    const long long number = std::wcstoll(begin, &behind, 10);
+    if (behind == begin || !std::all_of<const wchar_t*>(behind, end, std::iswspace) ||
         number < std::numeric_limits<std::int32_t>::min() ||
         number > std::numeric_limits<std::int32_t>::max()) {
         throw wrong_format_exception(std::source_location::current().function_name(),

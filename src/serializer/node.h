@@ -1,15 +1,19 @@
 #pragma once
 
+#include "serializer/arena.h"
+
 #include <cstdint>
 #include <functional>
 #include <istream>
 #include <map>
-#include <memory_resource>
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace serializer {
+
+using wide_text = std::basic_string<wchar_t, std::char_traits<wchar_t>, arena_allocator<wchar_t>>;
 
 /// A named text value with children, the tree of all settings files. The children are ordered by
 /// name, those of equal name as they were inserted; each stands under its own name. Copies are
@@ -18,16 +22,17 @@ namespace serializer {
 /// The text of a node is `<name>value` children `</name>` and nothing for the eye: white space is
 /// part of a value. A value stands before the first child only.
 ///
-/// A tree takes its memory from the resource that its root was made with, which has to outlive it
-/// and what is moved out of it. A copy is on the heap.
-class node : public std::pmr::multimap<std::pmr::wstring, node, std::less<>> {
+/// A tree takes its memory from the arena that its root was made with, which has to outlive it and
+/// what is moved out of it, or from the heap. A copy is on the heap.
+class node : public std::multimap<wide_text, node, std::less<>,
+                                  arena_allocator<std::pair<const wide_text, node>>> {
 public:
     /// The levels of elements that a text may have, the root counted. Trees are walked by
     /// recursion, on threads of other programs, so that their stacks set a bound.
     static constexpr int max_depth = 256;
 
-    std::pmr::wstring name;
-    std::pmr::wstring value;
+    wide_text name;
+    wide_text value;
 
     node() = default;
     explicit node(const allocator_type& memory);

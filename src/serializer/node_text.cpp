@@ -22,12 +22,13 @@ public:
         if (depth == node::max_depth) {
             throw wrong_format_exception(where_, "Object tree is too deep");
         }
-        text_ += '<';
-        const std::size_t name_at = text_.size();
-        append_token(text_, element.name);
-        const std::size_t name_size = text_.size() - name_at;
-        text_ += '>';
-        append_token(text_, element.value);
+        make_room(element);
+        *to_++ = '<';
+        const std::size_t name_at = size();
+        to_ = put_token(to_, element.name);
+        const std::size_t name_size = size() - name_at;
+        *to_++ = '>';
+        to_ = put_token(to_, element.value);
         for (const auto& [key, child] : element) {
             // Behind the opening bracket the slash would be read as this element's end.
             if (child.name.starts_with(L'/')) {
@@ -35,16 +36,33 @@ public:
             }
             write(child, depth + 1);
         }
-        text_ += "</";
-        text_.append(text_, name_at, name_size);
-        text_ += '>';
+        make_room(element);
+        *to_++ = '<';
+        *to_++ = '/';
+        to_ = std::copy_n(text_.data() + name_at, name_size, to_);
+        *to_++ = '>';
     }
 
-    const std::string& text() const { return text_; }
+    std::string_view text() const { return {text_.data(), size()}; }
 
 private:
+    std::size_t size() const { return static_cast<std::size_t>(to_ - text_.data()); }
+
+    /// For the element's name, its value and the three signs around them.
+    void make_room(const node& element) {
+        const std::size_t needed =
+            longest_character * (element.name.size() + element.value.size()) + 3;
+        const std::size_t used = size();
+        if (text_.size() - used < needed) {
+            text_.resize(2 * text_.size() + needed);
+            to_ = text_.data() + used;
+        }
+    }
+
     const char* where_;
+    /// As large as what may be written; used up to `to_`.
     std::string text_;
+    char* to_ = text_.data();
 };
 
 /// Reads an element in one pass. Names and values are made in the tree, in their final place.
@@ -127,7 +145,8 @@ std::string bytes_of(std::istream& in) {
     std::string bytes;
     for (;;) {
         const std::size_t size = bytes.size();
-        const std::streamsize wanted = std::max(in.rdbuf()->in_avail(), least);
+        // One more than there is, so that a second round is only made where there is more.
+        const std::streamsize wanted = std::max(in.rdbuf()->in_avail() + 1, least);
         bytes.resize(size + static_cast<std::size_t>(wanted));
         const std::streamsize got = in.rdbuf()->sgetn(bytes.data() + size, wanted);
         bytes.resize(size + static_cast<std::size_t>(got));

@@ -1,12 +1,16 @@
 #pragma once
 
-#include <string>
+#include <cstddef>
 #include <string_view>
 
 namespace serializer {
 
-/// Appends a name or value as it stands in the settings text: UTF-8 in which a backslash precedes
-/// every `\`, `<` and `>`. Throws `utf8::invalid_utf16` for half a surrogate pair.
-void append_token(std::string& out, std::wstring_view text);
+/// The most bytes that a character of a name or value becomes.
+inline constexpr std::size_t longest_character = 3;
+
+/// Writes a name or value as it stands in a settings text: UTF-8 with a backslash before each `\`,
+/// `<` and `>`. Returns the end of what was written, at most `longest_character` for each unit.
+/// Throws `utf8::invalid_utf16` for half a surrogate pair.
+char* put_token(char* to, std::wstring_view text);
 
 } // namespace serializer

@@ -40,7 +40,7 @@ void print(std::wstring& out, std::wstring_view name, std::wstring_view text) {
 std::wstring add_entry(std::wstring_view old, const std::wstring& path) {
     std::wstring text = std::wstring(L"<").append(root_name).append(L">");
     if (!old.empty()) {
-        for (const auto& child : vfs_quilldeck::reply_node::parse(std::wstring(old)).children()) {
+        for (const auto& child : vfs_quilldeck::reply_node::parse(old).children()) {
             if (child.name() == entry_name) {
                 print(text, entry_name, child.text());
             }

@@ -74,7 +74,7 @@ vfs::byte_buffer client::get_thumbnail(const std::wstring& shared_user_id,
         throw exception(L"Thumbnail request failed", L"Wrong response");
     }
     if (bytes.substr(6, 4) != "JFIF") {
-        throw_error_of(reply_node::parse(utf8_to_wide(bytes)), false);
+        throw_error_of(reply_node::parse(reply), false);
     }
     return {bytes.begin(), bytes.end()};
 }
