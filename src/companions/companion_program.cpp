@@ -1,6 +1,7 @@
 #include "companions/companion_program.h"
 
 #include "companions/last_error.h"
+#include "companions/local_free.h"
 #include "utils/narrow.h"
 #include "utils/unique_handle.h"
 
@@ -16,10 +17,6 @@ namespace companions {
 namespace {
 
 constexpr DWORD exit_patience_milliseconds = 10'000;
-
-struct local_free {
-    void operator()(void* memory) const noexcept { LocalFree(memory); }
-};
 
 /// Whether the command line is the program alone. The extension starts the companions without a
 /// command line, and the platform then hands them the program's path without quotes: in a folder
@@ -50,6 +47,16 @@ bool exit_is_asked() {
                                  "unknown argument; the only one is --exit");
 }
 
+/// The folder in which the starter was would stay in use for as long as we run, and a drive under
+/// it could not be taken out.
+void leave_current_folder() {
+    std::array<wchar_t, MAX_PATH> folder{};
+    if (GetSystemDirectoryW(folder.data(), static_cast<UINT>(folder.size())) == 0 ||
+        !SetCurrentDirectoryW(folder.data())) {
+        raise_last_error("::SetCurrentDirectoryW(system_directory)");
+    }
+}
+
 exit_code end_running(const wchar_t* window_class) {
     const HWND window = FindWindowW(window_class, nullptr);
     if (!window) {
@@ -72,6 +79,7 @@ exit_code end_running(const wchar_t* window_class) {
 
 int companion_main(const wchar_t* window_class, exit_code (*run)()) noexcept {
     try {
+        leave_current_folder();
         return static_cast<int>(exit_is_asked() ? end_running(window_class) : run());
     } catch (...) {
         show_current_failure();

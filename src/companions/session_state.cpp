@@ -1,6 +1,7 @@
 #include "companions/session_state.h"
 
 #include "companions/last_error.h"
+#include "companions/user_security.h"
 #include "vfs_quilldeck/session/session_objects.h"
 #include "vfs_quilldeck/session/shared_user_info.h"
 
@@ -12,43 +13,47 @@ namespace {
 
 constexpr DWORD inherited_mutex_patience_milliseconds = 5'000;
 
-utils::unique_handle create_mapping(const wchar_t* name, std::size_t size) {
-    utils::unique_handle mapping(CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE,
-                                                    0, static_cast<DWORD>(size), name));
+utils::unique_handle create_mapping(SECURITY_ATTRIBUTES* attributes, const wchar_t* name,
+                                    std::size_t size) {
+    utils::unique_handle mapping(CreateFileMappingW(
+        INVALID_HANDLE_VALUE, attributes, PAGE_READWRITE, 0, static_cast<DWORD>(size), name));
     if (!mapping) {
         raise_last_error("::CreateFileMappingW(INVALID_HANDLE_VALUE, ..., name)");
     }
     return mapping;
 }
 
-utils::unique_handle create_mutex(const wchar_t* name) {
-    utils::unique_handle mutex(CreateMutexW(nullptr, FALSE, name));
+utils::unique_handle create_mutex(SECURITY_ATTRIBUTES* attributes, const wchar_t* name) {
+    utils::unique_handle mutex(CreateMutexW(attributes, FALSE, name));
     if (!mutex) {
-        raise_last_error("::CreateMutexW(NULL, FALSE, name)");
+        raise_last_error("::CreateMutexW(attributes, FALSE, name)");
     }
     return mutex;
 }
 
-utils::unique_handle create_auto_reset_event(const wchar_t* name) {
-    utils::unique_handle event(CreateEventW(nullptr, FALSE, FALSE, name));
+utils::unique_handle create_auto_reset_event(SECURITY_ATTRIBUTES* attributes, const wchar_t* name) {
+    utils::unique_handle event(CreateEventW(attributes, FALSE, FALSE, name));
     if (!event) {
-        raise_last_error("::CreateEventW(NULL, FALSE, FALSE, name)");
+        raise_last_error("::CreateEventW(attributes, FALSE, FALSE, name)");
     }
     return event;
 }
 
 } // namespace
 
-session_state::session_state()
-    : identity_mapping_(
-          create_mapping(vfs_quilldeck::identity_mapping_name, vfs_quilldeck::identity_view_size)),
+session_state::session_state() : session_state(user_security().attributes()) {}
+
+session_state::session_state(SECURITY_ATTRIBUTES* attributes)
+    : identity_mapping_(create_mapping(attributes, vfs_quilldeck::identity_mapping_name,
+                                       vfs_quilldeck::identity_view_size)),
       identity_(MapViewOfFile(identity_mapping_.get(), FILE_MAP_WRITE, 0, 0,
                               vfs_quilldeck::identity_view_size)),
-      identity_mutex_(create_mutex(vfs_quilldeck::identity_mutex_name)),
-      transfer_mutex_(create_mutex(vfs_quilldeck::transfer_mutex_name)),
-      save_as_mapping_(
-          create_mapping(vfs_quilldeck::save_as_mapping_name, vfs_quilldeck::save_as_view_size)),
-      login_dialog_event_(create_auto_reset_event(vfs_quilldeck::login_dialog_event_name)) {
+      identity_mutex_(create_mutex(attributes, vfs_quilldeck::identity_mutex_name)),
+      transfer_mutex_(create_mutex(attributes, vfs_quilldeck::transfer_mutex_name)),
+      save_as_mapping_(create_mapping(attributes, vfs_quilldeck::save_as_mapping_name,
+                                      vfs_quilldeck::save_as_view_size)),
+      login_dialog_event_(
+          create_auto_reset_event(attributes, vfs_quilldeck::login_dialog_event_name)) {
     if (!identity_) {
         raise_last_error("::MapViewOfFile(identity_mapping, FILE_MAP_WRITE, ...)");
     }
@@ -65,7 +70,7 @@ session_state::session_state()
     default:
         raise_last_error("::WaitForSingleObject(identity_mutex, 5000)");
     }
-    log_off_event_ = create_auto_reset_event(vfs_quilldeck::session_event_name);
+    log_off_event_ = create_auto_reset_event(attributes, vfs_quilldeck::session_event_name);
 }
 
 void session_state::forget_identity() noexcept {

@@ -27,6 +27,8 @@ public:
     void forget_identity() noexcept;
 
 private:
+    explicit session_state(SECURITY_ATTRIBUTES* attributes);
+
     utils::unique_handle identity_mapping_;
     utils::unique_view identity_;
     utils::unique_handle identity_mutex_;

@@ -1,13 +1,14 @@
 #include "companions/single_instance.h"
 
 #include "companions/last_error.h"
+#include "companions/user_security.h"
 
 namespace companions {
 
 single_instance::single_instance(const wchar_t* mutex_name)
-    : mutex_(CreateMutexW(nullptr, FALSE, mutex_name)) {
+    : mutex_(CreateMutexW(user_security().attributes(), FALSE, mutex_name)) {
     if (!mutex_) {
-        raise_last_error("::CreateMutexW(NULL, FALSE, mutex_name)");
+        raise_last_error("::CreateMutexW(attributes, FALSE, mutex_name)");
     }
     const DWORD result = WaitForSingleObject(mutex_.get(), 0);
     if (result == WAIT_FAILED) {

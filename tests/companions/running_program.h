@@ -22,11 +22,12 @@ inline std::filesystem::path beside_us(const wchar_t* program) {
 class running_program {
 public:
     /// Without a command line the platform makes it of the path, as for the extension.
-    explicit running_program(const std::filesystem::path& path, std::wstring command_line = {}) {
+    explicit running_program(const std::filesystem::path& path, std::wstring command_line = {},
+                             const std::filesystem::path& current_folder = L"C:\\") {
         STARTUPINFOW startup{};
         startup.cb = sizeof(startup);
         CreateProcessW(path.c_str(), command_line.empty() ? nullptr : command_line.data(), nullptr,
-                       nullptr, FALSE, 0, nullptr, nullptr, &startup, &process_);
+                       nullptr, FALSE, 0, nullptr, current_folder.c_str(), &startup, &process_);
     }
 
     ~running_program() {

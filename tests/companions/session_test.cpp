@@ -8,6 +8,7 @@
 #include "vfs_quilldeck/wire/program_version.h"
 
 #include <gtest/gtest.h>
+#include <sddl.h>
 
 #include <algorithm>
 #include <cstring>
@@ -133,6 +134,42 @@ TEST_F(session, takes_its_own_path_for_no_argument_and_refuses_others) {
     ASSERT_TRUE(eventually([&] { return wrong.window(L"#32770") != nullptr; }));
     PostMessageW(wrong.window(L"#32770"), WM_CLOSE, 0, 0);
     EXPECT_EQ(wrong.wait(), 1u);
+}
+
+/// Who may do what with an object, in the platform's notation.
+std::wstring security_of(const unique_handle& object) {
+    constexpr SECURITY_INFORMATION parts = DACL_SECURITY_INFORMATION | LABEL_SECURITY_INFORMATION;
+    char bytes[1024];
+    DWORD size = 0;
+    LPWSTR text = nullptr;
+    if (!GetKernelObjectSecurity(object.get(), parts, bytes, sizeof(bytes), &size) ||
+        !ConvertSecurityDescriptorToStringSecurityDescriptorW(bytes, SDDL_REVISION_1, parts, &text,
+                                                              nullptr)) {
+        return L"none";
+    }
+    const std::wstring copy(text);
+    LocalFree(text);
+    return copy;
+}
+
+TEST(session_objects, are_the_users_and_keep_no_folder_of_who_started_first) {
+    const auto folder = std::filesystem::temp_directory_path() / L"starter";
+    create_directory(folder);
+    const running_program session(beside_us(session_program), {}, folder);
+    ASSERT_TRUE(eventually(session_runs));
+    EXPECT_TRUE(RemoveDirectoryW(folder.c_str())) << GetLastError();
+    const unique_handle mutex(CreateMutexW(nullptr, FALSE, L"Local\\Quilldeck_Mutex_Session"));
+    const unique_handle dialog(OpenEventW(EVENT_ALL_ACCESS, FALSE, login_dialog_event_name));
+    const unique_handle log_off(OpenEventW(EVENT_ALL_ACCESS, FALSE, session_event_name));
+    const unique_handle identity_mutex(OpenMutexW(MUTEX_ALL_ACCESS, FALSE, identity_mutex_name));
+    const unique_handle transfers(OpenMutexW(MUTEX_ALL_ACCESS, FALSE, transfer_mutex_name));
+    const unique_handle identity = open_mapping(identity_mapping_name);
+    const unique_handle save_as = open_mapping(save_as_mapping_name);
+    for (const auto* object :
+         {&mutex, &dialog, &log_off, &identity_mutex, &transfers, &identity, &save_as}) {
+        const std::wstring security = security_of(*object);
+        EXPECT_TRUE(security.starts_with(L"D:P(A;;GA;;;SY)(A;;GA;;;S-1-5-21-")) << security;
+    }
 }
 
 TEST(companion_files, carry_the_version_that_the_service_is_told) {
