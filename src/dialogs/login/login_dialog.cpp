@@ -1,6 +1,7 @@
 #include "dialogs/login/login_dialog.h"
 
 #include "dialogs/login/login_settings.h"
+#include "dialogs/login/secret_field.h"
 #include "resources/dialog_ids.h"
 #include "resources/string_ids.h"
 #include "ui/message.h"
@@ -9,11 +10,13 @@
 #include "ui/wait_cursor.h"
 #include "utils/module.h"
 #include "utils/unique_handle.h"
-#include "vfs/exceptions.h"
+#include "utils/wipe.h"
 #include "vfs_quilldeck/session/session.h"
 #include "vfs_quilldeck/session/session_objects.h"
 
 #include <shlobj.h>
+
+#include <optional>
 
 namespace dialogs {
 
@@ -79,6 +82,7 @@ void CLoginDlg::create_panel() {
 }
 
 void CLoginDlg::load_settings() {
+    const utils::wipe_at_end password(m_password);
     const login_settings settings = load_login_settings();
     if (settings.save_password || settings.auto_login) {
         load_credentials(m_username, m_password);
@@ -97,6 +101,8 @@ void CLoginDlg::load_settings() {
 void CLoginDlg::show_panel(bool show) {
     const RECT client{0, 0, 0, show ? height_with_panel : height_without_panel};
     ui::set_client_height(handle(), ui::scaled_to_font(handle(), client).bottom);
+    // What grows downwards may pass the edge of the screen.
+    ui::move_into_work_area(handle());
     // The focus leaves what is about to be hidden.
     if (show) {
         ShowWindow(m_new_profile.handle(), SW_SHOW);
@@ -141,23 +147,15 @@ std::optional<LRESULT> CLoginDlg::on_message(UINT message, WPARAM, LPARAM lparam
     case WM_PROFILE_FAILED:
         profile_failed(text);
         return 0;
+    case WM_DESTROY:
+        clear_secret(control(IDC_LOGIN_PASSWORD));
+        return std::nullopt;
     default:
         return std::nullopt;
     }
 }
 
 void CLoginDlg::log_in() {
-    m_username = get_text(IDC_LOGIN_USERNAME);
-    m_password = get_text(IDC_LOGIN_PASSWORD);
-    const login_settings settings{is_checked(IDC_LOGIN_SAVE_PASSWORD),
-                                  is_checked(IDC_LOGIN_AUTO_LOGIN)};
-    store_login_settings(settings);
-    // Before they have been tried: wrong ones stay stored.
-    if (settings.save_password || settings.auto_login) {
-        store_credentials(m_username, m_password);
-    } else {
-        store_credentials({}, {});
-    }
     if (try_login()) {
         SHChangeNotify(SHCNE_ASSOCCHANGED, SHCNF_IDLIST, nullptr, nullptr);
         end(IDOK);
@@ -167,13 +165,31 @@ void CLoginDlg::log_in() {
     }
 }
 
+void CLoginDlg::store_what_was_typed() {
+    m_username = get_text(IDC_LOGIN_USERNAME);
+    read_secret(control(IDC_LOGIN_PASSWORD), m_password);
+    const login_settings settings{is_checked(IDC_LOGIN_SAVE_PASSWORD),
+                                  is_checked(IDC_LOGIN_AUTO_LOGIN)};
+    store_login_settings(settings);
+    // Before they have been tried: wrong ones stay stored.
+    if (settings.save_password || settings.auto_login) {
+        store_credentials(m_username, m_password);
+    } else {
+        store_credentials({}, {});
+    }
+}
+
 bool CLoginDlg::try_login() {
-    const disabled_window disabled(handle());
+    const utils::wipe_at_end password(m_password);
+    std::optional<disabled_window> disabled;
     try {
+        store_what_was_typed();
+        disabled.emplace(handle());
         const ui::wait_cursor wait;
         vfs_quilldeck::login(utils::own_module(), m_username, m_password);
         return true;
-    } catch (const vfs::exception&) {
+    } catch (...) {
+        // Whatever it was: the dialog, which may have tried by itself, now waits for the user.
         signal_waiting();
         ui::show_current_failure(handle());
         return false;
@@ -184,9 +200,8 @@ void CLoginDlg::profile_created(const wchar_t* username) {
     show_panel(false);
     if (username) {
         m_username = username;
-        m_password.clear();
         set_text(IDC_LOGIN_USERNAME, m_username);
-        set_text(IDC_LOGIN_PASSWORD, m_password);
+        clear_secret(control(IDC_LOGIN_PASSWORD));
         focus(control(IDC_LOGIN_PASSWORD));
     }
     ui::show_message(handle(), IDS_NEW_PROFILE_ERROR, IDS_NEW_PROFILE_CREATED, {}, MB_OK);

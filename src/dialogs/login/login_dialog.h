@@ -27,10 +27,12 @@ private:
     void show_panel(bool show);
     void log_in();
     bool try_login();
+    void store_what_was_typed();
     void profile_created(const wchar_t* username);
     void profile_failed(const wchar_t* reason);
 
     std::wstring m_username;
+    /// Empty but while it is used.
     std::wstring m_password;
     CUrlStatic m_new_account_link;
     CDialogNewProfile m_new_profile;

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -85,18 +86,24 @@ bool load_credentials(std::wstring& username, std::wstring& password) {
     if (!read_sequence(sequence)) {
         return false;
     }
-    std::array<std::wstring, 2> texts;
+    const std::array texts{&username, &password};
+    for (std::wstring* const text : texts) {
+        text->clear();
+        // One that grew would leave a part of the password behind.
+        text->reserve(sequence.size());
+    }
     std::size_t present = 0;
     for (std::size_t i = 0; i < sequence.size() && present < texts.size(); ++i) {
         if (sequence[i] == L'\0') {
             ++present;
         } else {
-            texts[present].push_back(static_cast<wchar_t>(sequence[i] ^ mask(i)));
+            texts[present]->push_back(static_cast<wchar_t>(sequence[i] ^ mask(i)));
         }
     }
-    // A unit that unmasks to zero ends the text, as it would in a buffer.
-    username.assign(texts[0], 0, texts[0].find(L'\0'));
-    password.assign(texts[1], 0, texts[1].find(L'\0'));
+    for (std::wstring* const text : texts) {
+        // A unit that unmasks to zero ends the text, as it would in a buffer.
+        text->resize(std::min(text->find(L'\0'), text->size()));
+    }
     return true;
 }
 

@@ -1,11 +1,12 @@
 #include "dialogs/login/new_profile_dialog.h"
 
+#include "dialogs/login/secret_field.h"
 #include "resources/dialog_ids.h"
 #include "ui/wait_cursor.h"
+#include "utils/wipe.h"
 #include "vfs/exceptions.h"
 #include "vfs_quilldeck/session/session.h"
 
-#include <algorithm>
 #include <array>
 #include <optional>
 #include <string>
@@ -13,6 +14,9 @@
 namespace dialogs {
 
 namespace {
+
+/// Posted by the panel to itself.
+constexpr UINT WM_FOCUS_MOVED = WM_APP;
 
 /// In the order of the request.
 constexpr std::array fields = {
@@ -41,7 +45,17 @@ bool CDialogNewProfile::on_init() {
 }
 
 bool CDialogNewProfile::on_command(int id, int code) {
-    if (code != BN_CLICKED) {
+    switch (code) {
+    case EN_SETFOCUS:
+    case EN_KILLFOCUS:
+    case BN_SETFOCUS:
+    case BN_KILLFOCUS:
+        // Where the focus goes, and what the platform marks for it, is known afterwards.
+        PostMessageW(handle(), WM_FOCUS_MOVED, 0, 0);
+        return true;
+    case BN_CLICKED:
+        break;
+    default:
         return false;
     }
     switch (id) {
@@ -56,18 +70,52 @@ bool CDialogNewProfile::on_command(int id, int code) {
     }
 }
 
+std::optional<LRESULT> CDialogNewProfile::on_message(UINT message, WPARAM, LPARAM) {
+    switch (message) {
+    case WM_FOCUS_MOVED:
+        mark_default_button();
+        return 0;
+    case WM_DESTROY:
+        clear_fields();
+        return std::nullopt;
+    default:
+        return std::nullopt;
+    }
+}
+
 void CDialogNewProfile::sign_up() {
     std::array<std::wstring, fields.size()> texts;
-    std::transform(fields.begin(), fields.end(), texts.begin(),
-                   [this](int id) { return get_text(id); });
+    const utils::wipe_at_end password(texts[1]);
+    const utils::wipe_at_end verify_password(texts[2]);
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        read_secret(control(fields[i]), texts[i]);
+    }
     if (const auto failure = create_profile(texts)) {
         tell_parent(WM_PROFILE_FAILED, failure->c_str());
         return;
     }
-    for (const int id : fields) {
-        set_text(id, {});
-    }
+    clear_fields();
     tell_parent(WM_PROFILE_CREATED, texts.front().c_str());
+}
+
+void CDialogNewProfile::clear_fields() const {
+    for (const int id : fields) {
+        clear_secret(control(id));
+    }
+}
+
+void CDialogNewProfile::mark_default_button() const {
+    const HWND focused = GetFocus();
+    const HWND sign_up = control(IDC_NEW_PROFILE_SIGN_UP);
+    const HWND cancel = control(IDCANCEL);
+    HWND marked = GetDlgItem(GetParent(handle()), IDOK);
+    if (IsChild(handle(), focused)) {
+        marked = focused == cancel ? cancel : sign_up;
+    }
+    for (const HWND button : {sign_up, cancel, GetDlgItem(GetParent(handle()), IDOK)}) {
+        SendMessageW(button, BM_SETSTYLE, button == marked ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON,
+                     TRUE);
+    }
 }
 
 void CDialogNewProfile::tell_parent(UINT message, const wchar_t* text) const noexcept {

@@ -22,9 +22,14 @@ public:
 protected:
     bool on_init() override;
     bool on_command(int id, int code) override;
+    std::optional<LRESULT> on_message(UINT message, WPARAM wparam, LPARAM lparam) override;
 
 private:
     void sign_up();
+    void clear_fields() const;
+    /// The mark of the default button is with the button that Enter presses: in this panel it is
+    /// one of ours, which the platform, that looks in the dialog on top only, does not know.
+    void mark_default_button() const;
     void tell_parent(UINT message, const wchar_t* text) const noexcept;
 
     ui::panel_keys m_keys;

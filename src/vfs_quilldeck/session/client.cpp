@@ -1,5 +1,6 @@
 #include "vfs_quilldeck/session/client.h"
 
+#include "utils/wipe.h"
 #include "vfs/directory.h"
 #include "vfs_quilldeck/session/client_cache.h"
 #include "vfs_quilldeck/session/make_root.h"
@@ -21,6 +22,9 @@ namespace {
 
 constexpr auto operations_path = "/qd_operations.php";
 
+/// Of the password among the parameters of a login.
+constexpr std::size_t password_place = 2;
+
 /// The four parameters that every request of a session ends with.
 request_params identity_params(const vfs::user_info& info) {
     return {{L"user_id", info.user_id},
@@ -31,9 +35,11 @@ request_params identity_params(const vfs::user_info& info) {
 
 request_params login_params(const std::wstring& user, const std::wstring& password) {
     request_params params{{L"action", L"login"}, {L"user", user},
-                          {L"pass", password},   {L"version", program_version},
+                          {L"pass", L""},        {L"version", program_version},
                           {L"pro_version", L""}, {L"pcid", read_pc_id()}};
     append(params, identity_params({}));
+    // At last, so that lists that grow and move leave no copy of it.
+    params[password_place].second = password;
     return params;
 }
 
@@ -75,7 +81,8 @@ std::shared_ptr<vfs::directory> step_into(vfs::directory& current, const std::ws
 
 } // namespace
 
-client::session client::read_session(const reply_node& reply, std::vector<std::wstring> key_parts) {
+client::session client::read_session(const reply_node& reply,
+                                     std::vector<std::wstring>& key_parts) {
     transfer_account account;
     account.upload_speed_limit = get_int64(reply, L"UploadSpeedLimit");
     account.download_speed_limit = get_int64(reply, L"DownloadSpeedLimit");
@@ -96,15 +103,28 @@ client::session client::read_session(const reply_node& reply, std::vector<std::w
     return {std::move(info), std::make_shared<const transfer_account>(std::move(account))};
 }
 
+client::session client::log_in(const std::wstring& user, const std::wstring& password) const {
+    request_params params = login_params(user, password);
+    const utils::wipe_at_end sent(params[password_place].second);
+    std::vector<std::wstring> key_parts;
+    key_parts.reserve(3); // with the one that the reply brings
+    key_parts.push_back(user);
+    key_parts.push_back(password);
+    const utils::wipe_at_end key(key_parts[1]);
+    return read_session(post_for_reply(get_path_prefix() + operations_path, params), key_parts);
+}
+
+client::session client::restore(const vfs::user_info& info) const {
+    std::vector<std::wstring> key_parts{L"0", L"0", info.user_id};
+    return read_session(post_for_reply(get_path_prefix() + operations_path, restore_params(info)),
+                        key_parts);
+}
+
 client::client(const std::wstring& user, const std::wstring& password)
-    : session_(std::make_shared<const session>(read_session(
-          post_for_reply(get_path_prefix() + operations_path, login_params(user, password)),
-          {user, password}))) {}
+    : session_(std::make_shared<const session>(log_in(user, password))) {}
 
 client::client(const vfs::user_info& info)
-    : session_(std::make_shared<const session>(
-          read_session(post_for_reply(get_path_prefix() + operations_path, restore_params(info)),
-                       {L"0", L"0", info.user_id}))) {}
+    : session_(std::make_shared<const session>(restore(info))) {}
 
 client::client(const client& other)
     : vfs::client(other), http_client(other), root_(other.root_.load()), session_(other.session_) {}

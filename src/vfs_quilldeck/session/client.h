@@ -68,7 +68,9 @@ private:
         std::shared_ptr<const transfer_account> account;
     };
 
-    static session read_session(const reply_node& reply, std::vector<std::wstring> key_parts);
+    session log_in(const std::wstring& user, const std::wstring& password) const;
+    session restore(const vfs::user_info& info) const;
+    static session read_session(const reply_node& reply, std::vector<std::wstring>& key_parts);
     request_params get_identity_params() const;
     void set_pro_setting(const std::wstring& name, const std::wstring& value,
                          const std::wstring& type);

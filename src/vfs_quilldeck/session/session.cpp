@@ -1,5 +1,6 @@
 #include "vfs_quilldeck/session/session.h"
 
+#include "utils/wipe.h"
 #include "vfs_quilldeck/session/client.h"
 #include "vfs_quilldeck/session/client_cache.h"
 #include "vfs_quilldeck/session/companion_process.h"
@@ -68,14 +69,18 @@ void new_profile(const std::wstring& user_name, const std::wstring& password,
                  const std::wstring& verify_password, const std::wstring& email,
                  const std::wstring& first_name, const std::wstring& last_name) {
     const http_client service;
-    http_client::post_for_reply(service.get_path_prefix() + "/qd_profile.php",
-                                {{L"action", L"new_profile"},
-                                 {L"user_name", user_name},
-                                 {L"passwd", password},
-                                 {L"verify_passwd", verify_password},
-                                 {L"email", email},
-                                 {L"first_name", first_name},
-                                 {L"last_name", last_name}});
+    request_params params{
+        {L"action", L"new_profile"}, {L"user_name", user_name}, {L"passwd", L""},
+        {L"verify_passwd", L""},     {L"email", email},         {L"first_name", first_name},
+        {L"last_name", last_name}};
+    // Not in the list above, which is copied.
+    std::wstring& sent = params[2].second;
+    std::wstring& verified = params[3].second;
+    const utils::wipe_at_end sent_guard(sent);
+    const utils::wipe_at_end verified_guard(verified);
+    sent = password;
+    verified = verify_password;
+    http_client::post_for_reply(service.get_path_prefix() + "/qd_profile.php", params);
 }
 
 } // namespace vfs_quilldeck

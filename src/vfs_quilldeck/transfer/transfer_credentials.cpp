@@ -1,11 +1,15 @@
 #include "vfs_quilldeck/transfer/transfer_credentials.h"
 
+#include "utils/wipe.h"
 #include "vfs_quilldeck/wire/exceptions.h"
 #include "vfs_quilldeck/wire/md5.h"
 #include "vfs_quilldeck/wire/reply_node.h"
 #include "vfs_quilldeck/wire/text_encoding.h"
 
+#include <utf8.h>
 #include <windows.h>
+
+#include <iterator>
 
 namespace vfs_quilldeck {
 
@@ -27,9 +31,16 @@ std::wstring widen_by_system_page(const std::string& text) {
 
 transfer_credentials decode_transfer_data(const std::wstring& data,
                                           const std::vector<std::wstring>& key_parts) {
-    std::string key_text;
+    constexpr std::size_t longest_unit = 3;
+    std::size_t longest = 0;
     for (const std::wstring& part : key_parts) {
-        key_text += wide_to_utf8(part);
+        longest += longest_unit * part.size();
+    }
+    std::string key_text;
+    key_text.reserve(longest);
+    const utils::wipe_at_end password(key_text);
+    for (const std::wstring& part : key_parts) {
+        utf8::utf16to8(part.begin(), part.end(), std::back_inserter(key_text));
     }
     const std::string text =
         decipher_transfer_data(wide_to_utf8(data), qd_crypt::md5(key_text).str());

@@ -1,5 +1,6 @@
 #include "vfs_quilldeck/wire/http_client.h"
 
+#include "utils/wipe.h"
 #include "vfs_quilldeck/wire/curl_descriptor_cache.h"
 #include "vfs_quilldeck/wire/exceptions.h"
 #include "vfs_quilldeck/wire/program_version.h"
@@ -43,7 +44,8 @@ reply_buffer http_client::post(const std::string& path, const request_params& pa
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYHOST, 0L);
     curl_easy_setopt(handle, CURLOPT_SSL_VERIFYPEER, 0L);
     curl_easy_setopt(handle, CURLOPT_TIMEOUT, request_timeout_seconds);
-    const std::string body = encode_body(params);
+    std::string body = encode_body(params);
+    const utils::wipe_at_end secrets(body);
     curl_easy_setopt(handle, CURLOPT_POSTFIELDS, body.c_str());
     if (curl_easy_perform(handle) != CURLE_OK) {
         throw exception(L"Request failed", connection_failure_text);
@@ -73,7 +75,7 @@ std::wstring http_client::post_for_text(const std::string& path, const request_p
 }
 
 reply_node http_client::post_for_reply(const std::string& path, const request_params& params) {
-    reply_node reply = reply_node::parse(post_for_text(path, params));
+    reply_node reply = reply_node::parse(post_for_bytes(path, params));
     throw_error_of(reply);
     return reply;
 }

@@ -8,12 +8,8 @@ namespace {
 
 constexpr std::string_view reserved = "\"#%&+/<>?[\\]^`{|}";
 
-} // namespace
-
-std::string url_encode(std::wstring_view text, bool encode_reserved) {
+void append_encoded(std::string& out, std::wstring_view text, bool encode_reserved) {
     constexpr std::string_view digits = "0123456789ABCDEF";
-    std::string out;
-    out.reserve(text.size());
     const auto put = [&out](std::uint32_t byte) {
         out.push_back(static_cast<char>(byte));
     };
@@ -36,18 +32,32 @@ std::string url_encode(std::wstring_view text, bool encode_reserved) {
             put(0x80U + (c & 0x3FU));
         }
     }
+}
+
+} // namespace
+
+std::string url_encode(std::wstring_view text, bool encode_reserved) {
+    std::string out;
+    out.reserve(text.size());
+    append_encoded(out, text, encode_reserved);
     return out;
 }
 
 std::string encode_body(const request_params& params) {
+    constexpr std::size_t longest_unit = 3;
+    std::size_t longest = 0;
+    for (const auto& [key, value] : params) {
+        longest += longest_unit * (key.size() + value.size()) + 2;
+    }
     std::string body;
+    body.reserve(longest);
     for (const auto& [key, value] : params) {
         if (!body.empty()) {
             body.push_back('&');
         }
-        body += url_encode(key, true);
+        append_encoded(body, key, true);
         body.push_back('=');
-        body += url_encode(value, true);
+        append_encoded(body, value, true);
     }
     return body;
 }

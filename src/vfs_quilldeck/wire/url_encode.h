@@ -14,7 +14,8 @@ namespace vfs_quilldeck {
 /// sequence of its own.
 std::string url_encode(std::wstring_view text, bool encode_reserved);
 
-/// The body of a request: "key=value" joined by "&", in the given order.
+/// The body of a request: "key=value" joined by "&", in the given order. It is made in one piece of
+/// memory, so that who sends a password can wipe it.
 std::string encode_body(const request_params& params);
 
 } // namespace vfs_quilldeck

@@ -4,6 +4,10 @@
 #include "dialogs/login/sign_in.h"
 #include "process_census.h"
 #include "resources/dialog_ids.h"
+#include "service_url.h"
+#include "store_control.h"
+#include "utils/wipe.h"
+#include "vfs_quilldeck/session/identity_block.h"
 #include "vfs_quilldeck/session/session.h"
 #include "vfs_quilldeck/session/session_objects.h"
 
@@ -106,6 +110,63 @@ TEST_F(login_test, stays_when_it_cannot_sign_in_by_itself) {
     press(dialog, IDOK);
     EXPECT_TRUE(user.get());
     EXPECT_EQ(registry(), values(0, 1, demo_demo_bytes));
+}
+
+TEST_F(login_test, tells_that_it_waits_whatever_came_of_signing_in_by_itself) {
+    support::store_control control(support::environment("QUILLDECK_TEST_HTTPS_URL"));
+    control.fault(
+        {{"kind", "garbage"}, {"action", "login"}, {"body", "<R><UserID>1</UserID></R>"}});
+    set_flag(L"AutoLogin", 1);
+    store_credentials(L"demo", L"\xD800"); // no key can be made of half a pair
+    auto user = need_store();
+    EXPECT_TRUE(answer_box(await_dialog(L"Internal error"), IDOK));
+    EXPECT_TRUE(waiting_was_told());
+    PostMessageW(await_dialog(login_title), WM_COMMAND, IDCANCEL, 0);
+    EXPECT_FALSE(user.get());
+}
+
+/// How often a text stands in the memory of this process. It is given with each unit changed, so
+/// that the search finds nothing of its own.
+int count_in_memory(const std::wstring& changed) {
+    int count = 0;
+    MEMORY_BASIC_INFORMATION region{};
+    for (char* at = nullptr; VirtualQuery(at, &region, sizeof(region)) != 0;
+         at = static_cast<char*>(region.BaseAddress) + region.RegionSize) {
+        if (region.State != MEM_COMMIT || region.Protect != PAGE_READWRITE) {
+            continue;
+        }
+        const auto* const units = static_cast<const wchar_t*>(region.BaseAddress);
+        const std::size_t size = region.RegionSize / sizeof(wchar_t);
+        for (std::size_t i = 0; i + changed.size() <= size; ++i) {
+            std::size_t same = 0;
+            while (same < changed.size() && (units[i + same] ^ 1) == changed[same]) {
+                ++same;
+            }
+            count += same == changed.size() ? 1 : 0;
+        }
+    }
+    return count;
+}
+
+TEST_F(login_test, leaves_no_password_in_memory) {
+    support::store_control control(support::environment("QUILLDECK_TEST_HTTPS_URL"));
+    for (const std::wstring changed : {L"qsnad1", L"unqrdbsdu!odwdrids!rdrnldr!dwdoy"}) {
+        std::wstring password = changed;
+        for (wchar_t& unit : password) {
+            unit ^= 1;
+        }
+        const int before = count_in_memory(changed);
+        EXPECT_GT(before, 0);
+        set_flag(L"AutoLogin", 1);
+        store_credentials(L"demo", password);
+        utils::wipe(password);
+        EXPECT_EQ(count_in_memory(changed), before - 1);
+        control.fault(
+            {{"kind", "garbage"}, {"action", "login"}, {"body", "<R><UserID>1</UserID></R>"}});
+        EXPECT_TRUE(need_store().get());
+        EXPECT_EQ(count_in_memory(changed), 0);
+        vfs_quilldeck::write_shared_user_info(nullptr, {});
+    }
 }
 
 TEST_F(login_test, asks_once_on_a_thread) {

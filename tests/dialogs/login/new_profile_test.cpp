@@ -41,6 +41,20 @@ protected:
         return eventually([&] { return focus_of(dialog_) == window; });
     }
 
+    /// Whether `button`, and no other, has the mark of the one that Enter presses.
+    bool eventually_marked(HWND button) const {
+        return eventually([&] {
+            for (const HWND each : {GetDlgItem(dialog_, IDOK), GetDlgItem(panel_, IDCANCEL),
+                                    GetDlgItem(panel_, IDC_NEW_PROFILE_SIGN_UP)}) {
+                const LONG_PTR kind = GetWindowLongPtrW(each, GWL_STYLE) & BS_TYPEMASK;
+                if ((kind == BS_DEFPUSHBUTTON) != (each == button)) {
+                    return false;
+                }
+            }
+            return true;
+        });
+    }
+
     /// The height of the client area, in pixels of the usual font, as the other sizes.
     int client_height() const {
         RECT unit{0, 0, 4, 8};
@@ -79,11 +93,17 @@ TEST_F(new_profile, opens_and_closes_its_panel) {
         PostMessageW(link_, WM_LBUTTONUP, 0, MAKELPARAM(5, let_go_at));
         PostMessageW(link_, WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
     };
+    RECT work{};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
     for (int round = 0; round < 2; ++round) {
         EXPECT_EQ(client_height(), 192);
+        SetWindowPos(dialog_, nullptr, 10, work.bottom - 250, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
         click(5);
         EXPECT_TRUE(eventually_open(true));
         EXPECT_EQ(client_height(), 413);
+        RECT place{};
+        GetWindowRect(dialog_, &place);
+        EXPECT_LE(place.bottom, work.bottom);
         press(panel_, IDCANCEL);
         EXPECT_TRUE(eventually_open(false));
     }
@@ -101,14 +121,17 @@ TEST_F(new_profile, is_reached_by_keys) {
         press_key(dialog_, key);
         EXPECT_TRUE(eventually_open(true));
         EXPECT_TRUE(eventually_focused(GetDlgItem(panel_, fields[0])));
+        EXPECT_TRUE(eventually_marked(GetDlgItem(panel_, IDC_NEW_PROFILE_SIGN_UP)));
         for (const int id : {488, 489, 490, 491, 492, 494, IDCANCEL, IDC_LOGIN_USERNAME}) {
             EXPECT_EQ(focus_after(VK_TAB), id);
         }
         PostMessageW(dialog_, WM_NEXTDLGCTL, 1, FALSE); // backwards
         EXPECT_TRUE(eventually_focused(GetDlgItem(panel_, IDCANCEL)));
+        EXPECT_TRUE(eventually_marked(GetDlgItem(panel_, IDCANCEL)));
         press_key(dialog_, key == VK_SPACE ? WPARAM{VK_ESCAPE} : WPARAM{VK_RETURN});
         EXPECT_TRUE(eventually_open(false));
         EXPECT_TRUE(eventually_focused(link_));
+        EXPECT_TRUE(eventually_marked(GetDlgItem(dialog_, IDOK)));
     }
 }
 
