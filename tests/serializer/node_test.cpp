@@ -1,12 +1,10 @@
+// What fuzz/serializer, which has a model of the format and writes what it read, cannot tell.
 #include "serializer/exceptions.h"
 #include "serializer/node.h"
 
 #include <gtest/gtest.h>
 #include <utf8.h>
 
-#include <functional>
-#include <iterator>
-#include <random>
 #include <sstream>
 #include <vector>
 
@@ -38,7 +36,15 @@ TEST(node, is_written_and_read_byte_for_byte) {
     node disordered(L"p", L"C:\\temp\\");
     disordered.add_child(L"a", L"\\<\\");
     disordered.add_child(L"b", L"2");
-    EXPECT_EQ(read("<p>C:\\temp\\\\<b>2</b><<a>\\\\\\<\\\\</a></p><junk"), disordered);
+    std::istringstream more("<p>C:\\temp\\\\<b>2</b><<a>\\\\\\<\\\\</a></p>x");
+    EXPECT_EQ(node(more), disordered);
+    EXPECT_EQ(more.get(), 'x') << "the reader stops behind the element";
+    // A slash that begins a name would be read as the end of the parent.
+    node unreadable;
+    unreadable.add_child(L"/a", L"");
+    std::ostringstream out;
+    EXPECT_THROW(unreadable.serialize(out), wrong_format_exception);
+    EXPECT_EQ(out.str(), "");
 }
 
 TEST(node, tells_what_is_wrong_with_a_text) {
@@ -96,40 +102,6 @@ TEST(node, finds_the_first_child_of_a_name) {
         tree.set_child_value(L"odd", text);
         EXPECT_THROW(tree.get_child_int(L"odd", -7), wrong_format_exception) << text;
     }
-}
-
-TEST(node, reads_what_it_wrote_from_any_tree) {
-    std::mt19937 random(1);
-    const std::wstring pieces[] = {L"\\",     L"<",    L">",          L"a",  L"t",
-                                   L"\n",     L" ",    L"&",          L"/",  L"\u00E4",
-                                   L"\u0800", L"\x80", L"\U0001F600", L"\"", std::wstring(1, 0)};
-    const auto text = [&] {
-        std::wstring made;
-        for (auto left = random() % 5; left > 0; --left) {
-            made += pieces[random() % std::size(pieces)];
-        }
-        return made;
-    };
-    const std::function<void(node&, int)> fill = [&](node& parent, int depth) {
-        for (auto left = depth < 5 ? random() % 4 : 0; left > 0; --left) {
-            const std::wstring name = text();
-            fill(parent.add_child(name.starts_with(L'/') ? L"same" : name, text())->second,
-                 depth + 1);
-        }
-    };
-    for (int i = 0; i < 1000; ++i) {
-        node tree(text(), text());
-        fill(tree, 0);
-        std::istringstream written(text_of(tree) + "x");
-        ASSERT_EQ(node(written), tree) << text_of(tree);
-        ASSERT_EQ(written.get(), 'x') << "the reader stops behind the element";
-    }
-    // A slash that begins a name would be read as the end of the parent.
-    node unreadable;
-    unreadable.add_child(L"/a", L"");
-    std::ostringstream out;
-    EXPECT_THROW(unreadable.serialize(out), wrong_format_exception);
-    EXPECT_EQ(out.str(), "");
 }
 
 } // namespace

@@ -19,8 +19,8 @@ namespace syncer {
 
 namespace {
 
-constexpr int rounds = 1000;
-constexpr int kept_each = 100;
+constexpr int rounds = 300;
+constexpr int kept_each = 30;
 
 binding binding_of(const std::string& process, int round) {
     return backup_of(L"C:\\" + std::wstring(process.begin(), process.end()),
