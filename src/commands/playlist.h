@@ -1,6 +1,8 @@
 /// Music and video of the store, played by local programs from links.
 #pragma once
 
+#include "shell_items/seams.h"
+
 #include <windows.h>
 
 #include <optional>
@@ -9,11 +11,7 @@
 
 namespace commands {
 
-/// A file to play.
-struct playlist_entry {
-    std::wstring title; ///< the file's name, whose extension tells its kind
-    std::wstring link;  ///< serves its bytes
-};
+using playlist_entry = shell::played_file;
 
 /// The text of an extended M3U playlist: a header line, then two lines and an empty one for each
 /// entry, parted by line feeds. A title's control characters become blanks, so that it stays on its

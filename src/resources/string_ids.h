@@ -61,9 +61,34 @@
 #define IDS_STREAM_SEEK_FAILED 1404
 #define IDS_STREAM_CLOSE_FAILED 1405
 
+// Entries of menus, and the name of a folder that one of them makes.
+#define IDS_MENU_NEW_FOLDER 1500
+#define IDS_NEW_FOLDER_NAME 1501
+#define IDS_MENU_OPEN 1502
+#define IDS_MENU_SHARE 1503
+#define IDS_MENU_RESTORE 1506
+#define IDS_MENU_SYNCHRONIZE 1507
+#define IDS_MENU_DELETE 1510
+#define IDS_MENU_RENAME 1511
+#define IDS_MENU_PROPERTIES 1512
+
+// Opening: what the progress dialog shows.
+#define IDS_DOWNLOADING 1800
+#define IDS_DOWNLOADING_FROM 1801
+#define IDS_DOWNLOADING_FILE 1802
+
 // Deleting: what the progress dialog shows, and its failures.
 #define IDS_DELETING_ITEM 1803
 #define IDS_DELETING 1804
 #define IDS_PREPARING_DELETE 1805
 #define IDS_DELETE_ERROR 1850
 #define IDS_DELETE_FAILED 1856
+
+// Failures of opening, and the questions about a local copy that was changed.
+#define IDS_FILE_NOT_FOUND 1851
+#define IDS_COPY_NOT_CREATED 1852
+#define IDS_COPY_NOT_WRITTEN 1853
+#define IDS_COPY_NOT_CLOSED 1854
+#define IDS_PROGRAM_NOT_STARTED 1855
+#define IDS_COPY_WAS_EDITED 1870
+#define IDS_COPY_NOT_KEPT 1871

@@ -122,18 +122,8 @@ void binding_manager::save() {
 }
 
 std::filesystem::path binding_manager::get_bindings_path(const std::wstring& user_name) {
-    const char* where = std::source_location::current().function_name();
-    const std::filesystem::path directory = user_directory(user_name, L"settings", where);
-    std::error_code failure;
-    if (!std::filesystem::is_directory(directory, failure)) {
-        std::filesystem::create_directories(directory, failure);
-        // Another process may have made it at the same time.
-        if (!std::filesystem::is_directory(directory, failure)) {
-            throw create_directory_exception(where, utils::narrow(directory.native()) +
-                                                        " can not be created");
-        }
-    }
-    return directory / L"bindings.xml";
+    return settings_file(user_name, L"bindings.xml",
+                         std::source_location::current().function_name());
 }
 
 } // namespace syncer

@@ -42,4 +42,19 @@ std::filesystem::path user_directory(const std::wstring& user_name, const wchar_
     return below(folder);
 }
 
+std::filesystem::path settings_file(const std::wstring& user_name, const wchar_t* name,
+                                    const char* where) {
+    const std::filesystem::path directory = user_directory(user_name, L"settings", where);
+    std::error_code failure;
+    if (!std::filesystem::is_directory(directory, failure)) {
+        std::filesystem::create_directories(directory, failure);
+        // Another process may have made it at the same time.
+        if (!std::filesystem::is_directory(directory, failure)) {
+            throw create_directory_exception(where, utils::narrow(directory.native()) +
+                                                        " can not be created");
+        }
+    }
+    return directory / name;
+}
+
 } // namespace syncer

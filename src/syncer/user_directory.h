@@ -12,4 +12,9 @@ namespace syncer {
 std::filesystem::path user_directory(const std::wstring& user_name, const wchar_t* name,
                                      const char* where);
 
+/// The path of a settings file of a user. Its directory is there afterwards; throws
+/// `create_directory_exception` if it cannot be.
+std::filesystem::path settings_file(const std::wstring& user_name, const wchar_t* name,
+                                    const char* where);
+
 } // namespace syncer

@@ -1,19 +1,10 @@
 #pragma once
 
-#include "shell_items/item_id_list.h"
-#include "vfs/directory.h"
-
-#include <memory>
-#include <vector>
+#include "shell_items/selection.h"
 
 namespace transfer {
 
-/// Items of one folder of the drive, as a worker gets them: nothing in it belongs to an apartment.
-/// A value, whose copies share the folder.
-struct selection {
-    std::shared_ptr<vfs::directory> folder; ///< whose children are selected
-    shell::CItemIDList list;                ///< the folder's absolute list
-    std::vector<shell::PIDLDATA> records;   ///< one for each selected item
-};
+/// As a worker gets it.
+using shell::selection;
 
 } // namespace transfer
