@@ -52,6 +52,25 @@ class Principal:
         return self.access_name != ""
 
 
+@dataclass(frozen=True)
+class Proof:
+    """Whose password was right, and the hash that it fitted."""
+
+    user_id: int | None
+    access_id: int | None
+    """Exactly one of the two is a number."""
+    password: str | None
+
+    def confirm(self, db: sqlite3.Connection) -> None:
+        """Throws if the password was changed, or the account removed, since it was checked: the
+        hash takes a while, and what the old password opens must end with it."""
+        table = "users" if self.user_id is not None else "accesses"
+        row = db.execute(f"SELECT password FROM {table} WHERE id = ?",
+                         (self.access_id if self.user_id is None else self.user_id,)).fetchone()
+        if row is None or row["password"] != self.password:
+            raise Failure("Login failed", "The user name or the password is wrong.")
+
+
 _PRINCIPAL = """
     SELECT a.id AS account_id, a.login, a.password AS transfer_password, a.link_key,
            u.id AS user_id, u.name AS user_name, u.lang, u.level, u.quota, u.upload_limit,
@@ -184,20 +203,20 @@ def checked_new_password(password: str, again: str) -> str:
     return password
 
 
-def check_password(db: sqlite3.Connection, name: str, password: str) -> tuple[int | None, int | None]:
-    """(account, None) or (None, access id's number) for the right name and password."""
+def check_password(db: sqlite3.Connection, name: str, password: str) -> Proof:
+    """Slow on purpose. What the proof then opens confirms it in its own transaction."""
     user = find_user(db, name)
     access = None if user else db.execute("SELECT * FROM accesses WHERE name_key = ?",
                                           (key(name),)).fetchone()
     if len(password) > MAX_PASSWORD:
         raise Failure("Login failed", "The user name or the password is wrong.")
     if access and access["password"] is None and not password:
-        return None, access["id"]
+        return Proof(None, access["id"], None)
     stored = (user or access or {"password": None})["password"]
     # An unknown name costs as much time as a wrong password, so that names cannot be tried.
     if not password_fits(password, stored or _nobody()) or stored is None:
         raise Failure("Login failed", "The user name or the password is wrong.")
-    return (user["id"], None) if user else (None, access["id"] if access else None)
+    return Proof(user["id"] if user else None, access["id"] if access else None, stored)
 
 
 def open_session(db: sqlite3.Connection, user_id: int | None, access_id: int | None, pc_id: str,

@@ -57,13 +57,18 @@ def _question(store: Store, code: str, told: Failure | None = None, values: Fiel
 
 def _accept(store: Store, code: str, fields: Fields, caller: Caller) -> web.Response:
     store.limits.passwords.spend(caller.address)
-    user_id, _ = accounts.check_password(store.db.connection(), fields.get("user", ""),
-                                         fields.get("password", ""))
+    proof = accounts.check_password(store.db.connection(), fields.get("user", ""),
+                                    fields.get("password", ""))
     store.limits.passwords.give_back(caller.address)
-    if user_id is None:
+    if proof.user_id is None:
         raise Failure("Login failed", "An access id cannot take a folder. Please use an account.")
-    taker = user_id
-    return _take(store, code, lambda db, invitation: taker)
+    taker = proof.user_id
+
+    def confirmed(db: sqlite3.Connection, invitation: sqlite3.Row) -> int:
+        proof.confirm(db)
+        return taker
+
+    return _take(store, code, confirmed)
 
 
 def _register(store: Store, code: str, fields: Fields, caller: Caller) -> web.Response:

@@ -13,12 +13,15 @@ import unittest
 from collections.abc import Callable
 from pathlib import Path
 from types import FrameType
+from unittest import mock
 
 from quilldeck_store import accounts, tree, uploads
 from quilldeck_store.accounts import Principal
+from quilldeck_store.actions.session import login
+from quilldeck_store.actions.table import Request
 from quilldeck_store.rights import FILE
-from quilldeck_store.store import Policy, Store
-from quilldeck_store.wire import Failure
+from quilldeck_store.store import Caller, Policy, Store
+from quilldeck_store.wire import Failure, Form
 
 OLD, NEW = b"old content", b"the new content"
 STEPS = {"execute", "fsync", "link", "open", "stat", "unlink", "chmod"}
@@ -175,6 +178,23 @@ class Close(unittest.TestCase):
         self.assertEqual(before, set((self.folder / "transfer").iterdir()))
         shutil.copy(self.top / "kept.sqlite", self.folder / "store.sqlite")
         self.assertEqual(self.content(self.open(self.folder)), OLD)
+
+    def test_a_password_changed_while_it_is_checked_opens_nothing(self) -> None:
+        store = self.open(self.folder)
+        with store.db.transaction(write=True) as db:
+            user = accounts.create_user(db, "late", accounts.hash_password("old one"), "", "", "", 0)
+        fits = accounts.password_fits
+
+        def overtaken(password: str, stored: str) -> bool:
+            with store.db.transaction(write=True) as db:
+                accounts.set_password(db, user, accounts.hash_password("new one"))
+            return fits(password, stored)
+
+        request = Request(store, Form(b"user=late&pass=old%20one"), Caller("127.0.0.1"),
+                          store.db.connection(), self.who(store))
+        with mock.patch.object(accounts, "password_fits", overtaken), self.assertRaises(Failure):
+            login(request)
+        self.assertEqual(store.db.connection().execute("SELECT count(*) FROM sessions").fetchone()[0], 1)
 
     def test_metadata_of_the_first_form_is_taken_over(self) -> None:
         added = {"users": ("email_proven", "demo", "items"), "accesses": ("demo",),

@@ -22,11 +22,12 @@ def login(request: Request) -> str:
     """Opens a session. The hash is computed outside of the transaction: it is slow on purpose."""
     name, password = request.form.get("user"), request.form.get("pass")
     request.store.limits.passwords.spend(request.caller.address)
-    user_id, access_id = check_password(request.db, name, password)
+    proof = check_password(request.db, name, password)
     request.store.limits.passwords.give_back(request.caller.address)
     request.caller.signed_in = True
     with request.store.db.transaction(write=True) as db:
-        who = open_session(db, user_id, access_id, request.form.get("pcid")[:64],
+        proof.confirm(db)
+        who = open_session(db, proof.user_id, proof.access_id, request.form.get("pcid")[:64],
                            request.form.get("version")[:32])
     return _identity(request.store, who, (name, password, who.token))
 
