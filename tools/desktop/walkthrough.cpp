@@ -8,6 +8,7 @@
 #include "explorer.h"
 #include "input.h"
 #include "wait.h"
+#include "walk.h"
 #include "windows_of_others.h"
 
 #include "com/apartment.h"
@@ -34,27 +35,7 @@ namespace {
 using namespace desktop;
 
 const std::wstring drive = L"Quilldeck";
-
-void say(const std::string& line) {
-    // At once: another program waits for it.
-    std::cout << line << '\n' << std::flush;
-}
-
-void take_picture(const std::string& name) {
-    // What was clicked is drawn by another process, which does not say when it is done.
-    constexpr DWORD drawing = 700;
-    ::Sleep(drawing);
-    say("picture " + name);
-    std::string answer;
-    std::getline(std::cin, answer);
-}
-
-void require(bool fulfilled, const std::string& what) {
-    if (!fulfilled) {
-        throw std::runtime_error(what);
-    }
-    say("walkthrough: " + what);
-}
+const std::wstring documents = L"Documents";
 
 HWND login_dialog() {
     return find_window(L"#32770", L"Quilldeck login");
@@ -71,22 +52,6 @@ void sign_in(const std::wstring& user, const std::wstring& password) {
     wait_for("the end of the login dialog", [&] { return !::IsWindow(dialog); });
 }
 
-/// The store itself, to put things back as they were.
-std::shared_ptr<vfs::directory> documents() {
-    const vfs::client_ptr client = vfs_quilldeck::get_client(::GetModuleHandleW(nullptr));
-    const auto root = std::dynamic_pointer_cast<vfs::directory>(client->get_root());
-    return std::dynamic_pointer_cast<vfs::directory>(root->find_item_by_name(L"Documents", true));
-}
-
-void remove_if_there(const std::wstring& name) {
-    const auto folder = documents();
-    try {
-        folder->delete_item(folder->find_item_by_name(name, true), false);
-    } catch (const vfs::item_not_found_exception&) {
-        // Nothing is left of an earlier run.
-    }
-}
-
 std::vector<char> local_file(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
@@ -98,7 +63,7 @@ void rename_and_back(const explorer& window) {
     window.rename(before, after);
     window.wait_for_row(after);
     take_picture("renamed");
-    const auto folder = documents();
+    const auto folder = stored_folder(documents);
     require(folder->find_item_by_name(after, true) != nullptr, "a file was renamed with F2");
     window.rename(after, before);
     window.wait_for_row(before);
@@ -112,14 +77,15 @@ void read_and_write(explorer& window) {
 
     const std::wstring name = L"Written through the drive.txt";
     const std::string text = "This file was written through the drive.\r\n";
-    remove_if_there(name);
-    write_to_drive(L"Documents", name, {text.begin(), text.end()});
+    const auto folder = stored_folder(documents);
+    remove_if_there(*folder, name);
+    write_to_drive(documents, name, {text.begin(), text.end()});
     const auto kept = read_from_drive(L"Documents\\" + name);
     require(std::string(kept.begin(), kept.end()) == text, "a new file was written through it");
     press({VK_F5});
     window.wait_for_row(name);
     take_picture("written");
-    remove_if_there(name);
+    remove_if_there(*folder, name);
 }
 
 /// A local folder to drop, gone at the end.
@@ -161,7 +127,8 @@ void answer(const wchar_t* caption, const std::string& picture, int button) {
 void drop_twice(explorer& window) {
     const std::wstring name = L"Journey";
     constexpr std::size_t film = 150'000'000;
-    remove_if_there(name);
+    const auto folder = stored_folder(documents);
+    remove_if_there(*folder, name);
     const local_folder journey(name);
     journey.put(L"A short film.mp4", film);
     DWORD effect = DROPEFFECT_NONE;
@@ -187,7 +154,7 @@ void drop_twice(explorer& window) {
     answer(L"Confirm file replace", "replace", IDCANCEL);
     dropping.join();
     require(effect == DROPEFFECT_NONE, "nothing was replaced when the user did not want it");
-    remove_if_there(name);
+    remove_if_there(*folder, name);
 }
 
 void walk() {
