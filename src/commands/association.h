@@ -1,5 +1,6 @@
 #pragma once
 
+#include "shell_items/seams.h"
 #include "utils/unique_handle.h"
 
 #include <windows.h>
@@ -17,13 +18,12 @@ struct Association {
     std::wstring icon;              ///< the executable followed by ",0"
     std::wstring program_name;
     std::wstring executable;
-    std::wstring verb;  ///< empty when the class has no key for it
-    GUID drop_target{}; ///< what takes several files at once; null when the verb has none
+    shell::class_verb verb;
 };
 
-/// The verb that a class names as its default: "open" when it names none, or one that cannot be the
-/// name of a key.
-std::wstring default_verb(HKEY key);
+/// What the class behind an open key does by default: the verb that it names, or "open" when it
+/// names none, or one that cannot be the name of a key.
+shell::class_verb read_verb(HKEY key);
 
 /// What stands behind an open key, which the result owns. Nothing when no program is registered
 /// there.

@@ -3,6 +3,7 @@
 #include "com/clipboard_formats.h"
 #include "com/guard.h"
 #include "com/media.h"
+#include "commands/invocation.h"
 #include "commands/menu_entries.h"
 #include "resources/string_ids.h"
 #include "shell_items/change_notice.h"
@@ -19,9 +20,6 @@ namespace commands {
 
 namespace {
 
-/// CMIC_MASK_UNICODE, whose own definition names another header's.
-constexpr DWORD unicode_mask = 0x4000;
-
 using Microsoft::WRL::ComPtr;
 
 /// What the entries mean, as offsets from the first identifier.
@@ -29,16 +27,6 @@ enum background_command : UINT { new_folder = 0, share = 2, synchronize = 3 };
 
 /// Below it are folders in which others can be made: not the Trash and what others share.
 constexpr std::uint32_t first_foreign_folder = vfs::folder_shared_container;
-
-bool is_verb(const CMINVOKECOMMANDINFO& info, const char* narrow, const wchar_t* wide) {
-    if (info.cbSize >= sizeof(CMINVOKECOMMANDINFOEX) && (info.fMask & unicode_mask) != 0) {
-        const auto* verb = reinterpret_cast<const CMINVOKECOMMANDINFOEX&>(info).lpVerbW;
-        if (verb && !IS_INTRESOURCE(verb)) {
-            return lstrcmpW(verb, wide) == 0;
-        }
-    }
-    return lstrcmpA(info.lpVerb, narrow) == 0;
-}
 
 /// The effect that the clipboard's source prefers, but for a link, which the store has none of.
 DWORD preferred_effect(IDataObject& object) {
@@ -99,33 +87,31 @@ HRESULT CBGContextMenu::QueryContextMenu(HMENU hmenu, UINT indexMenu, UINT idCmd
 }
 
 HRESULT CBGContextMenu::InvokeCommand(CMINVOKECOMMANDINFO* pici) {
-    HWND owner = nullptr;
     return com::guard([&]() -> HRESULT {
         const CMINVOKECOMMANDINFO& info = com::required(pici);
-        owner = info.hwnd;
-        UINT command = synchronize + 1;
-        if (IS_INTRESOURCE(info.lpVerb)) {
-            command = static_cast<UINT>(reinterpret_cast<std::uintptr_t>(info.lpVerb));
-        } else if (is_verb(info, "NewFolder", L"NewFolder")) {
-            command = new_folder;
-        } else if (is_verb(info, "paste", L"paste")) {
-            paste(owner);
+        const invocation asked = read_invocation(info);
+        if (asked.verb == L"paste") {
+            paste(info.hwnd);
             return S_OK;
         }
-        switch (command) {
+        if (!asked.verb.empty() && asked.verb != L"NewFolder") {
+            return E_NOTIMPL;
+        }
+        // "NewFolder" has no number of its own, so that it is the first.
+        switch (asked.offset) {
         case new_folder:
             try {
                 make_folder();
             } catch (const vfs::exception&) {
-                ui::show_current_failure(owner);
+                ui::show_current_failure(info.hwnd);
                 return E_FAIL;
             }
             return S_OK;
         case share:
-            show_properties(owner, shell::properties_page::sharing);
+            show_properties(info.hwnd, shell::properties_page::sharing);
             return S_OK;
         case synchronize:
-            show_properties(owner, shell::properties_page::synchronization);
+            show_properties(info.hwnd, shell::properties_page::synchronization);
             return S_OK;
         default:
             return E_NOTIMPL;
@@ -156,12 +142,8 @@ void CBGContextMenu::make_folder() {
 }
 
 void CBGContextMenu::edit_name(const shell::PIDLDATA& made) const {
-    ComPtr<IServiceProvider> provider;
-    ComPtr<IShellBrowser> browser;
-    ComPtr<IShellView> view;
-    if (!m_site || FAILED(m_site.As(&provider)) ||
-        FAILED(provider->QueryService(SID_SShellBrowser, IID_PPV_ARGS(&browser))) ||
-        FAILED(browser->QueryActiveShellView(&view))) {
+    const ComPtr<IShellView> view = get_active_view();
+    if (!view) {
         return;
     }
     const com::unique_id_list item = shell::CItemIDList(made).to_list();
@@ -205,18 +187,6 @@ void CBGContextMenu::show_properties(HWND owner, shell::properties_page page) co
 
 HRESULT CBGContextMenu::GetCommandString(UINT_PTR, UINT, UINT*, CHAR*, UINT) {
     return E_NOTIMPL;
-}
-
-HRESULT CBGContextMenu::SetSite(IUnknown* pUnkSite) {
-    m_site = pUnkSite;
-    return S_OK;
-}
-
-HRESULT CBGContextMenu::GetSite(REFIID riid, void** ppvSite) {
-    return com::guard([&]() -> HRESULT {
-        com::cleared(ppvSite);
-        return m_site ? m_site->QueryInterface(riid, ppvSite) : E_FAIL;
-    });
 }
 
 } // namespace commands

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "com/object.h"
+#include "com/sited.h"
 #include "shell_items/item_id_list.h"
 #include "shell_items/seams.h"
 #include "vfs/directory.h"
@@ -15,7 +16,7 @@
 namespace commands {
 
 /// The menu of a folder's background. It belongs to the thread of the view.
-class CBGContextMenu final : public com::object<CBGContextMenu, IContextMenu, IObjectWithSite> {
+class CBGContextMenu final : public com::object<CBGContextMenu, IContextMenu, com::sited> {
 public:
     /// `folder` is the folder of the drive that `directory` and the absolute list `list` stand for.
     CBGContextMenu(Microsoft::WRL::ComPtr<IShellFolder> folder,
@@ -26,8 +27,6 @@ public:
     HRESULT STDMETHODCALLTYPE InvokeCommand(CMINVOKECOMMANDINFO* pici) override;
     HRESULT STDMETHODCALLTYPE GetCommandString(UINT_PTR idCmd, UINT uType, UINT* pReserved,
                                                CHAR* pszName, UINT cchMax) override;
-    HRESULT STDMETHODCALLTYPE SetSite(IUnknown* pUnkSite) override;
-    HRESULT STDMETHODCALLTYPE GetSite(REFIID riid, void** ppvSite) override;
 
 private:
     void make_folder();
@@ -39,7 +38,6 @@ private:
     const Microsoft::WRL::ComPtr<IShellFolder> m_folder;
     const std::shared_ptr<vfs::directory> m_directory;
     const shell::CItemIDList m_list;
-    Microsoft::WRL::ComPtr<IUnknown> m_site;
     /// Where the menu was, once there was one.
     std::optional<POINT> m_cursor;
 };

@@ -2,24 +2,21 @@
 
 #include "com/guard.h"
 #include "com/memory.h"
+#include "commands/invocation.h"
 #include "commands/item_menu.h"
 #include "commands/menu_entries.h"
 #include "resources/string_ids.h"
+#include "shell_items/seams.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <iterator>
 #include <memory>
-#include <optional>
-#include <string>
+#include <type_traits>
 #include <utility>
 
 namespace commands {
 
 namespace {
-
-/// CMIC_MASK_UNICODE, whose own definition names another header's.
-constexpr DWORD unicode_mask = 0x4000;
 
 using Microsoft::WRL::ComPtr;
 
@@ -29,6 +26,7 @@ constexpr UINT first_offset = 1;
 /// The offsets of `item_command`, and behind them those of the standard entries.
 constexpr UINT standard_offset = first_offset + item_restore + 1;
 
+/// What the platform's menu would offer.
 struct standard_entry {
     const wchar_t* verb;
     const char* narrow_verb;
@@ -44,20 +42,26 @@ constexpr standard_entry standard_entries[] = {
 };
 
 constexpr auto entry_count = static_cast<UINT>(std::size(standard_entries));
+constexpr UINT offset_count = standard_offset + entry_count;
 
-/// The index of the standard entry of that name.
-std::optional<std::size_t> find_verb(const CMINVOKECOMMANDINFO& info) {
-    const bool wide = info.cbSize >= sizeof(CMINVOKECOMMANDINFOEX) &&
-                      (info.fMask & unicode_mask) != 0 &&
-                      reinterpret_cast<const CMINVOKECOMMANDINFOEX&>(info).lpVerbW != nullptr;
+/// The flags of a menu that gets "Open" alone: that of a double click, and that of a shortcut,
+/// whose own Delete and Properties are not those of its target. What else a host says of its menu
+/// is for the platform's, and would restrict ours without need.
+constexpr UINT open_only_flags = CMF_DEFAULTONLY | CMF_VERBSONLY;
+
+bool is_offered(const standard_entry& entry) {
+    return entry.command != DFM_CMD_PROPERTIES || shell::get_seams().dialogs.show_properties;
+}
+
+/// The index of the standard entry that is asked for; `entry_count` or more for any other.
+UINT find_standard(const invocation& asked) {
+    if (asked.verb.empty()) {
+        return asked.offset - standard_offset;
+    }
     const auto* found = std::ranges::find_if(standard_entries, [&](const standard_entry& entry) {
-        return wide ? lstrcmpiW(reinterpret_cast<const CMINVOKECOMMANDINFOEX&>(info).lpVerbW,
-                                entry.verb) == 0
-                    : lstrcmpiA(info.lpVerb, entry.narrow_verb) == 0;
+        return lstrcmpiW(asked.verb.c_str(), entry.verb) == 0;
     });
-    return found == std::end(standard_entries)
-               ? std::nullopt
-               : std::optional(static_cast<std::size_t>(found - standard_entries));
+    return static_cast<UINT>(found - standard_entries);
 }
 
 struct menu_closer {
@@ -98,38 +102,45 @@ bool platform_menu_calls_back() {
     return calls;
 }
 
-CItemContextMenu::CItemContextMenu(HWND owner, ComPtr<IShellFolder> folder,
-                                   ComPtr<IDataObject> data, SFGAOF attributes,
+CItemContextMenu::CItemContextMenu(HWND owner, ComPtr<IDataObject> data, SFGAOF attributes,
                                    com::unique_id_list first)
-    : m_owner(owner), m_folder(std::move(folder)), m_object(std::move(data)),
-      m_attributes(attributes), m_first(std::move(first)) {}
+    : m_owner(owner), m_object(std::move(data)), m_attributes(attributes),
+      m_first(std::move(first)) {}
 
 HRESULT CItemContextMenu::call_back(HWND owner, UINT message, WPARAM parameter, LPARAM data) {
-    return item_menu_callback(m_folder.Get(), owner, m_object.Get(), message, parameter, data);
+    return item_menu_callback(nullptr, owner, m_object.Get(), message, parameter, data);
+}
+
+void CItemContextMenu::insert_standard_entries(HMENU menu, UINT position, UINT first_id) const {
+    for (UINT index = 0; index < entry_count; ++index) {
+        const standard_entry& entry = standard_entries[index];
+        if (!is_offered(entry)) {
+            continue;
+        }
+        if (entry.command == DFM_CMD_PROPERTIES) {
+            insert_separator(menu, position++);
+        }
+        insert_entry(menu, position++, first_id + standard_offset + index, entry.text,
+                     is_allowed(entry.needed) ? MFS_ENABLED : MFS_GRAYED);
+    }
 }
 
 HRESULT CItemContextMenu::QueryContextMenu(HMENU hmenu, UINT indexMenu, UINT idCmdFirst,
                                            UINT idCmdLast, UINT uFlags) {
     return com::guard([&]() -> HRESULT {
-        if (idCmdLast < idCmdFirst + standard_offset + entry_count) {
+        if (idCmdLast < idCmdFirst || idCmdLast - idCmdFirst < offset_count - 1) {
             return E_INVALIDARG;
         }
-        // What else a host says of its menu is for the platform's, and would restrict ours.
-        const UINT flags = uFlags & CMF_DEFAULTONLY;
-        const int before = GetMenuItemCount(hmenu);
-        QCMINFO info{hmenu, indexMenu, idCmdFirst + first_offset, idCmdLast, nullptr};
-        com::check(
-            call_back(m_owner, DFM_MERGECONTEXTMENU, flags, reinterpret_cast<LPARAM>(&info)));
-        if ((uFlags & (CMF_DEFAULTONLY | CMF_VERBSONLY)) == 0) {
-            auto position = indexMenu + static_cast<UINT>(GetMenuItemCount(hmenu) - before);
-            insert_separator(hmenu, position++);
-            for (UINT index = 0; index < entry_count; ++index) {
-                const standard_entry& entry = standard_entries[index];
-                insert_entry(hmenu, position++, idCmdFirst + standard_offset + index, entry.text,
-                             (m_attributes & entry.needed) != 0 ? MFS_ENABLED : MFS_GRAYED);
-            }
+        // First, as the callback puts its own between what the platform's menu holds.
+        const bool open_only = (uFlags & open_only_flags) != 0;
+        if (!open_only) {
+            insert_standard_entries(hmenu, indexMenu, idCmdFirst);
         }
-        return MAKE_HRESULT(SEVERITY_SUCCESS, 0, standard_offset + entry_count);
+        QCMINFO info{hmenu, indexMenu, idCmdFirst + first_offset, idCmdLast, nullptr};
+        com::check(call_back(m_owner, DFM_MERGECONTEXTMENU,
+                             open_only ? CMF_DEFAULTONLY : CMF_NORMAL,
+                             reinterpret_cast<LPARAM>(&info)));
+        return MAKE_HRESULT(SEVERITY_SUCCESS, 0, offset_count);
     });
 }
 
@@ -137,21 +148,16 @@ HRESULT CItemContextMenu::InvokeCommand(CMINVOKECOMMANDINFO* pici) {
     return com::guard([&]() -> HRESULT {
         const CMINVOKECOMMANDINFO& info = com::required(pici);
         const HWND owner = info.hwnd ? info.hwnd : m_owner;
-        std::size_t standard = 0;
-        if (IS_INTRESOURCE(info.lpVerb)) {
-            const auto offset = static_cast<UINT>(reinterpret_cast<std::uintptr_t>(info.lpVerb));
-            if (offset >= first_offset && offset < standard_offset) {
-                return call_back(owner, DFM_INVOKECOMMAND, offset - first_offset, 0);
-            }
-            standard = offset - standard_offset;
-        } else {
-            standard = find_verb(info).value_or(entry_count);
+        const invocation asked = read_invocation(info);
+        if (asked.verb.empty() && asked.offset >= first_offset && asked.offset < standard_offset) {
+            return call_back(owner, DFM_INVOKECOMMAND, asked.offset - first_offset, 0);
         }
-        if (standard >= entry_count) {
+        const UINT standard = find_standard(asked);
+        if (standard >= entry_count || !is_offered(standard_entries[standard])) {
             return E_INVALIDARG;
         }
         const standard_entry& entry = standard_entries[standard];
-        if ((m_attributes & entry.needed) == 0) {
+        if (!is_allowed(entry.needed)) {
             return E_ACCESSDENIED;
         }
         return entry.command == 0
@@ -161,12 +167,8 @@ HRESULT CItemContextMenu::InvokeCommand(CMINVOKECOMMANDINFO* pici) {
 }
 
 HRESULT CItemContextMenu::rename() {
-    ComPtr<IServiceProvider> provider;
-    ComPtr<IShellBrowser> browser;
-    ComPtr<IShellView> view;
-    if (!m_site || FAILED(m_site.As(&provider)) ||
-        FAILED(provider->QueryService(SID_SShellBrowser, IID_PPV_ARGS(&browser))) ||
-        FAILED(browser->QueryActiveShellView(&view))) {
+    const ComPtr<IShellView> view = get_active_view();
+    if (!view) {
         return E_FAIL;
     }
     return view->SelectItem(m_first.get(),
@@ -196,18 +198,6 @@ HRESULT CItemContextMenu::GetCommandString(UINT_PTR idCmd, UINT uType, UINT*, CH
     default:
         return E_NOTIMPL;
     }
-}
-
-HRESULT CItemContextMenu::SetSite(IUnknown* pUnkSite) {
-    m_site = pUnkSite;
-    return S_OK;
-}
-
-HRESULT CItemContextMenu::GetSite(REFIID riid, void** ppvSite) {
-    return com::guard([&]() -> HRESULT {
-        com::cleared(ppvSite);
-        return m_site ? m_site->QueryInterface(riid, ppvSite) : E_FAIL;
-    });
 }
 
 } // namespace commands

@@ -2,6 +2,7 @@
 
 #include "com/memory.h"
 #include "com/object.h"
+#include "com/sited.h"
 
 #include <shlobj.h>
 #include <wrl/client.h>
@@ -15,11 +16,15 @@ bool platform_menu_calls_back();
 /// The menu of items where the platform's does not call back: the entries of `item_menu_callback`,
 /// and below them Delete, Rename and Properties in the states that the items' attributes allow,
 /// with the platform's verbs for them.
-class CItemContextMenu final : public com::object<CItemContextMenu, IContextMenu, IObjectWithSite> {
+class CItemContextMenu final : public com::object<CItemContextMenu, IContextMenu, com::sited> {
 public:
-    /// `data` is the data object of the items, `attributes` what the folder says of all of them.
-    CItemContextMenu(HWND owner, Microsoft::WRL::ComPtr<IShellFolder> folder,
-                     Microsoft::WRL::ComPtr<IDataObject> data, SFGAOF attributes,
+    /// The attributes of the items that the states depend on.
+    static constexpr SFGAOF needed_attributes =
+        SFGAO_CANDELETE | SFGAO_CANRENAME | SFGAO_HASPROPSHEET;
+
+    /// `data` is the data object of the items, `attributes` what the folder says of all of them,
+    /// `first` the list of the first one.
+    CItemContextMenu(HWND owner, Microsoft::WRL::ComPtr<IDataObject> data, SFGAOF attributes,
                      com::unique_id_list first);
 
     HRESULT STDMETHODCALLTYPE QueryContextMenu(HMENU hmenu, UINT indexMenu, UINT idCmdFirst,
@@ -27,19 +32,20 @@ public:
     HRESULT STDMETHODCALLTYPE InvokeCommand(CMINVOKECOMMANDINFO* pici) override;
     HRESULT STDMETHODCALLTYPE GetCommandString(UINT_PTR idCmd, UINT uType, UINT* pReserved,
                                                CHAR* pszName, UINT cchMax) override;
-    HRESULT STDMETHODCALLTYPE SetSite(IUnknown* pUnkSite) override;
-    HRESULT STDMETHODCALLTYPE GetSite(REFIID riid, void** ppvSite) override;
 
 private:
     HRESULT call_back(HWND owner, UINT message, WPARAM parameter, LPARAM data);
+
+    bool is_allowed(SFGAOF needed) const { return (m_attributes & needed) != 0; }
+
+    void insert_standard_entries(HMENU menu, UINT position, UINT first_id) const;
+    /// Begins it in the view that shows the items; E_FAIL where there is none.
     HRESULT rename();
 
     const HWND m_owner;
-    const Microsoft::WRL::ComPtr<IShellFolder> m_folder;
     const Microsoft::WRL::ComPtr<IDataObject> m_object;
     const SFGAOF m_attributes;
     const com::unique_id_list m_first;
-    Microsoft::WRL::ComPtr<IUnknown> m_site;
 };
 
 } // namespace commands

@@ -22,20 +22,16 @@ shell::selection selection_of(IDataObject& object) {
     return items;
 }
 
-void merge_synchronization(const shell::selection& items, QCMINFO& info, bool properties) {
+void merge_sharing(const shell::selection& items, QCMINFO& info) {
     const UINT first = info.idCmdFirst;
     insert_separator(info.hmenu, 2);
     const shell::PIDLDATA& record = items.records.front();
-    if (items.records.size() == 1 && record.is_directory() && record.is_own_directory != 0 &&
-        properties) {
+    if (items.records.size() == 1 && record.is_directory() && record.is_own_directory != 0) {
         insert_entry(info.hmenu, 3, first + item_share, IDS_MENU_SHARE);
-        info.idCmdFirst = first + item_share + 1;
     }
-    if (properties) {
-        // Ahead of Share, as it takes its place.
-        insert_entry(info.hmenu, 3, first + item_synchronize, IDS_MENU_SYNCHRONIZE);
-        info.idCmdFirst = first + item_synchronize + 1;
-    }
+    // Ahead of Share, as it takes its place.
+    insert_entry(info.hmenu, 3, first + item_synchronize, IDS_MENU_SYNCHRONIZE);
+    info.idCmdFirst = first + item_synchronize + 1;
 }
 
 HRESULT merge(const shell::selection& items, UINT flags, QCMINFO& info) {
@@ -53,7 +49,7 @@ HRESULT merge(const shell::selection& items, UINT flags, QCMINFO& info) {
             return record.is_root_directory != 0;
         });
         if (!any_root && shell::get_seams().dialogs.show_properties) {
-            merge_synchronization(items, info, true);
+            merge_sharing(items, info);
         }
     }
     insert_separator(info.hmenu, 0);

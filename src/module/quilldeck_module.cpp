@@ -3,12 +3,17 @@
 #include "com/class_factory.h"
 #include "com/guard.h"
 #include "com/module_lock.h"
+#include "commands/association.h"
+#include "commands/launch.h"
+#include "commands/menus.h"
+#include "commands/playlist.h"
 #include "dialogs/login/sign_in.h"
 #include "shell/shell_folder.h"
 #include "shell_items/seams.h"
 #include "transfer/data_object/data_object.h"
 #include "transfer/drop_source.h"
 #include "transfer/drop_target.h"
+#include "transfer/item_commands.h"
 #include "transfer/stream.h"
 
 namespace module {
@@ -27,8 +32,18 @@ CQuilldeckModule::CQuilldeckModule() noexcept : m_formats(com::registered_format
         .transfer = {.create_stream = &transfer::create_stream,
                      .create_data_object = &transfer::create_data_object,
                      .create_drop_target = &transfer::create_drop_target,
-                     .create_drop_source = &transfer::create_drop_source},
+                     .create_drop_source = &transfer::create_drop_source,
+                     .get_selection = &transfer::read_items,
+                     .open = &transfer::open_items,
+                     .remove = &transfer::remove_items,
+                     .restore = &transfer::restore_items},
         .folders = {.create_drive = &com::create<shell::CShellFolderImpl>},
+        .commands = {.play = &commands::play,
+                     .ask_for_program = &commands::ask_for_program,
+                     .read_verb = &commands::read_verb,
+                     .create_command_provider = &commands::create_command_provider,
+                     .create_item_menu = &commands::create_item_menu,
+                     .create_background_menu = &commands::create_background_menu},
     });
 }
 

@@ -126,18 +126,6 @@ HRESULT CShellFolderImpl::GetFolderTargetInfo(PERSIST_FOLDER_TARGET_INFO*) {
     return E_NOTIMPL;
 }
 
-HRESULT CShellFolderImpl::SetSite(IUnknown* site) {
-    m_site = site;
-    return S_OK;
-}
-
-HRESULT CShellFolderImpl::GetSite(REFIID iid, void** result) {
-    return guard([&] {
-        com::cleared(result);
-        return m_site ? m_site->QueryInterface(iid, result) : E_FAIL;
-    });
-}
-
 HRESULT CShellFolderImpl::EnumObjects(HWND, SHCONTF flags, IEnumIDList** result) {
     return guard([&] {
         com::cleared(result);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "com/object.h"
+#include "com/sited.h"
 #include "shell_items/item_id_list.h"
 #include "shell_items/shell_folder_interface.h"
 #include "utils/named_mutex.h"
@@ -25,7 +26,7 @@ class CShellFolderImpl final
     : public com::object<CShellFolderImpl, IShellFolderImpl,
                          com::chain<IShellFolder2, IShellFolder>,
                          com::chain<IPersistFolder3, IPersist, IPersistFolder, IPersistFolder2>,
-                         ITransferDestination, IStorage, IObjectWithSite> {
+                         ITransferDestination, IStorage, com::sited> {
 public:
     /// The drive, to be placed by `Initialize`.
     CShellFolderImpl();
@@ -139,10 +140,6 @@ public:
 
     HRESULT STDMETHODCALLTYPE Stat(STATSTG*, DWORD) override { return E_NOTIMPL; }
 
-    // IObjectWithSite
-    HRESULT STDMETHODCALLTYPE SetSite(IUnknown* site) override;
-    HRESULT STDMETHODCALLTYPE GetSite(REFIID iid, void** result) override;
-
 private:
     /// The gate before all that needs the store: takes the session's client, unless that was done
     /// before, and its root where no item is set. Without `quiet` a user who has not signed in is
@@ -164,6 +161,8 @@ private:
     HRESULT create_own_stream(HWND owner, REFIID iid, void** result);
     HRESULT create_own_image(HWND owner, REFIID iid, void** result);
     HRESULT create_drop_target(HWND owner, REFIID iid, void** result);
+    HRESULT create_background_menu(HWND owner, REFIID iid, void** result);
+    HRESULT create_command_provider(HWND owner, REFIID iid, void** result);
 
     // What `GetUIObjectOf` makes of its items.
     using item_lists = std::span<const PCUITEMID_CHILD>;
@@ -172,6 +171,7 @@ private:
     HRESULT create_data_object(HWND owner, item_lists items, REFIID iid, void** result);
     HRESULT create_drop_source(HWND owner, item_lists items, REFIID iid, void** result);
     HRESULT create_item_drop_target(HWND owner, item_lists items, REFIID iid, void** result);
+    HRESULT create_item_menu(HWND owner, item_lists items, REFIID iid, void** result);
 
     std::wstring get_display_name(const CItemIDList& list, SHGDNF flags) const;
     /// `m_path` with a separator behind it; nothing for the drive itself.
@@ -197,7 +197,6 @@ private:
     /// What each enumerator walks; as those refer to them, none goes before the folder does.
     std::list<std::vector<PIDLDATA>> m_enumerations;
     utils::named_mutex m_login_mutex;
-    Microsoft::WRL::ComPtr<IUnknown> m_site;
 };
 
 } // namespace shell

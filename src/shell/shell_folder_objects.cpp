@@ -92,6 +92,8 @@ HRESULT CShellFolderImpl::CreateViewObject(HWND owner, REFIID iid, void** result
         {__uuidof(IStream), &CShellFolderImpl::create_own_stream},
         {__uuidof(IExtractImage), &CShellFolderImpl::create_own_image},
         {__uuidof(IDropTarget), &CShellFolderImpl::create_drop_target},
+        {__uuidof(IContextMenu), &CShellFolderImpl::create_background_menu},
+        {__uuidof(IExplorerCommandProvider), &CShellFolderImpl::create_command_provider},
     };
 
     return guard([&]() -> HRESULT {
@@ -140,6 +142,16 @@ HRESULT CShellFolderImpl::create_drop_target(HWND owner, REFIID iid, void** resu
                                                    m_path, owner, iid, result);
 }
 
+HRESULT CShellFolderImpl::create_background_menu(HWND owner, REFIID iid, void** result) {
+    com::check(ensure_connected(owner, true));
+    return get_seams().commands.create_background_menu(*this, m_item, m_root + m_path, iid, result);
+}
+
+HRESULT CShellFolderImpl::create_command_provider(HWND owner, REFIID iid, void** result) {
+    com::check(ensure_connected(owner, true));
+    return get_seams().commands.create_command_provider(*this, iid, result);
+}
+
 HRESULT CShellFolderImpl::GetUIObjectOf(HWND owner, UINT count, PCUITEMID_CHILD_ARRAY lists,
                                         REFIID iid, UINT*, void** result) {
     static const struct {
@@ -152,6 +164,7 @@ HRESULT CShellFolderImpl::GetUIObjectOf(HWND owner, UINT count, PCUITEMID_CHILD_
         {__uuidof(IDataObject), &CShellFolderImpl::create_data_object},
         {__uuidof(IDropSource), &CShellFolderImpl::create_drop_source},
         {__uuidof(IDropTarget), &CShellFolderImpl::create_item_drop_target},
+        {__uuidof(IContextMenu), &CShellFolderImpl::create_item_menu},
     };
 
     return guard([&]() -> HRESULT {
@@ -208,6 +221,12 @@ HRESULT CShellFolderImpl::create_item_drop_target(HWND owner, item_lists items, 
     ComPtr<IShellFolder> folder;
     com::check(BindToObject(items.front(), nullptr, IID_PPV_ARGS(&folder)));
     return folder->CreateViewObject(owner, iid, result);
+}
+
+HRESULT CShellFolderImpl::create_item_menu(HWND owner, item_lists items, REFIID iid,
+                                           void** result) {
+    com::check(ensure_connected(owner, true));
+    return get_seams().commands.create_item_menu(owner, *this, m_root + m_path, items, iid, result);
 }
 
 HRESULT CShellFolderImpl::CreateStream(const OLECHAR* name, DWORD, DWORD, DWORD, IStream** result) {

@@ -74,12 +74,10 @@ struct command_seams {
     /// The toolbar of `folder`, a folder of the drive, queried for `iid`.
     HRESULT (*create_command_provider)(IShellFolder& folder, REFIID iid,
                                        void** result) = &not_offered;
-    /// The menu of `items` in `folder`, whose absolute list `list` is. `attributes` are those that
-    /// the folder tells of all of them.
+    /// The menu of `items` in `folder`, whose absolute list `list` is.
     HRESULT(*create_item_menu)
     (HWND owner, IShellFolder& folder, const CItemIDList& list,
-     std::span<const PCUITEMID_CHILD> items, SFGAOF attributes, REFIID iid, void** result) =
-        &not_offered;
+     std::span<const PCUITEMID_CHILD> items, REFIID iid, void** result) = &not_offered;
     /// The menu of the background of `folder`, which stands for `directory`, a `vfs::directory`.
     HRESULT(*create_background_menu)
     (IShellFolder& folder, const vfs::item_ptr& directory, const CItemIDList& list, REFIID iid,

@@ -67,14 +67,14 @@ TEST_F(associations, list_the_default_program_and_then_the_others_once_each) {
     EXPECT_EQ(list.default_program()->executable, player.executable());
     EXPECT_EQ(list.default_program()->icon, player.executable() + L",0");
     EXPECT_EQ(list.programs()[1].key_name, L"qdagain");
-    EXPECT_EQ(list.programs()[2].verb, L"view");
+    EXPECT_EQ(list.programs()[2].verb.name, L"view");
     ASSERT_TRUE(list.load_default(L"x.qdtext"));
     EXPECT_EQ(list.programs().size(), 1U);
 
     recording_player::set(L".qddrop", nullptr, L"qdeditor");
     ASSERT_TRUE(list.load(L"x.qddrop", true));
     EXPECT_EQ(list.default_program()->title, L"&Edit");
-    EXPECT_EQ(list.default_program()->drop_target, CLSID_ShellLink);
+    EXPECT_EQ(list.default_program()->verb.drop_target, CLSID_ShellLink);
 
     EXPECT_FALSE(list.load(L"no extension", false));
     EXPECT_FALSE(list.load(L"a.qdunknown", false));
@@ -93,7 +93,7 @@ TEST_F(associations, take_classes_as_data_from_anywhere) {
     AssociationList list;
     ASSERT_TRUE(list.load(L"x.qdodd", false));
     EXPECT_EQ(list.default_program()->title, L"no end");
-    EXPECT_EQ(list.default_program()->drop_target, GUID_NULL);
+    EXPECT_EQ(list.default_program()->verb.drop_target, GUID_NULL);
     recording_player::set(L"qdodd\\shell\\open", nullptr, std::wstring(2, L'\x1234'), REG_DWORD);
     ASSERT_TRUE(list.load(L"x.qdodd", false));
     EXPECT_EQ(list.default_program()->title, L"Open");
@@ -107,7 +107,7 @@ TEST_F(associations, take_classes_as_data_from_anywhere) {
     for (const std::wstring& verb :
          {std::wstring(L"..\\qdplayer"), std::wstring(40'000, L'v'), std::wstring(L"\0x", 2)}) {
         recording_player::set(L"qdodd\\shell", nullptr, verb);
-        EXPECT_EQ(default_verb(key.get()), L"open");
+        EXPECT_EQ(read_verb(key.get()).name, L"open");
     }
 }
 

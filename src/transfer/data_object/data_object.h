@@ -32,6 +32,9 @@ public:
                  const shell::CItemIDList& path, HWND owner,
                  std::span<const PCUITEMID_CHILD> items) noexcept;
 
+    /// Without a folder before `Init` and `Load`.
+    const selection& get_selection() const noexcept { return m_selection; }
+
     // IDataObjectImpl
     HRESULT STDMETHODCALLTYPE GetPath(PIDLIST_ABSOLUTE* pidlRoot, PIDLIST_RELATIVE* pidl) override;
 
