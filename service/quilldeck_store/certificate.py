@@ -11,6 +11,8 @@ from cryptography.hazmat.primitives import hashes, serialization
 from cryptography.hazmat.primitives.asymmetric import ec
 from cryptography.x509.oid import NameOID
 
+from .contents import sync_file
+
 DAYS = 3650
 
 
@@ -43,5 +45,6 @@ def ensure(file: Path, host: str) -> Path:
                                     serialization.PrivateFormat.PKCS8,
                                     serialization.NoEncryption()))
         out.write(certificate.public_bytes(serialization.Encoding.PEM))
+    sync_file(part)
     os.replace(part, file)
     return file

@@ -54,7 +54,8 @@ def sync_folder(folder: Path) -> None:
         os.close(handle)
 
 
-def _sync_file(file: Path) -> None:
+def sync_file(file: Path) -> None:
+    """Waits until the bytes of the file are on disk: a rename may be there before them."""
     with open(file, "rb") as handle:
         os.fsync(handle.fileno())
 
@@ -107,9 +108,9 @@ class Contents:
             # A dying session of the other server may still hold the upload open and write.
             shutil.copyfile(source, target)
             target.chmod(0o644)
-            _sync_file(target)
+            sync_file(target)
         else:
-            _sync_file(source)
+            sync_file(source)
             os.link(source, target)
         sync_folder(self.folder)
 
@@ -133,7 +134,7 @@ class Contents:
         location = new_location("f")
         shutil.copyfile(source, self.file(location))
         self.file(location).chmod(0o644 if self._foreign else 0o600)
-        _sync_file(self.file(location))
+        sync_file(self.file(location))
         sync_folder(self.folder)
         size = self.file(location).stat().st_size
         number = insert(db, "INSERT INTO contents(location, size, created) VALUES (?,?,?)",

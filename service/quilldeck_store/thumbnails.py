@@ -9,6 +9,7 @@ from pathlib import Path
 from PIL import Image, ImageOps, UnidentifiedImageError
 
 from .accounts import find_session
+from .contents import sync_file
 from .rights import FILE, may_read
 from .store import Caller, Store
 from .wire import Failure, Form
@@ -61,6 +62,8 @@ def make(missing: Missing) -> bytes:
     data = _shrink(missing.picture)
     part = missing.cached.with_suffix(f".{os.urandom(4).hex()}")
     part.write_bytes(data)
+    # An empty file means a picture that cannot be read, so a power cut must not leave one.
+    sync_file(part)
     os.replace(part, missing.cached)
     return _checked(data)
 

@@ -1,8 +1,8 @@
 #!/bin/bash
-# trials: put a store under load, kills and bad input, and look at its pages
+# trials: put a store under load, kills, power cuts and bad input, and look at its pages
 #
 # trials NAME [NUMBERS], each with a store of its own and all traffic on loopback: load, stalls and
-# backup [ACCOUNTS [SECONDS]], kills [ACCOUNTS [COUNT]], nonsense [ROUNDS]. trials pages [FOLDER] takes
+# backup [ACCOUNTS [SECONDS]], kills and power [ACCOUNTS [COUNT]], nonsense [ROUNDS]. trials pages [FOLDER] takes
 # pictures of what the store shows in a browser into build/pages, with a headless Chromium that it
 # installs. What each saw is printed; the everyday tests run short ones.
 set -euo pipefail

@@ -17,8 +17,8 @@ ADMIN = Path(__file__).resolve().parents[2] / "service" / "quilldeck_admin.py"
 class Ground(Service):
     """A service with accounts for people, each with its name as password."""
 
-    def __init__(self, *options: str) -> None:
-        super().__init__(*options)
+    def __init__(self, *options: str, folder: Path | None = None) -> None:
+        super().__init__(*options, folder=folder)
         self._options = options
         self._highest = 0
         self._logs: list[str] = []

@@ -9,7 +9,7 @@ from load import report, start_people, stop_people
 from people import Tally, verify
 
 
-def _wait_for_work(tally: Tally) -> None:
+def wait_for_work(tally: Tally) -> None:
     """Until people are at work again, so that there is something to interrupt."""
     before, end = tally.done["uploads"], time.monotonic() + 10
     while tally.done["uploads"] == before and time.monotonic() < end:
@@ -26,7 +26,7 @@ def run(accounts: int, kills: int, pause: float) -> bool:
         people = start_people(ground, accounts, tally, store_ends=True)
         begin = time.monotonic()
         for number in range(kills):
-            _wait_for_work(tally)
+            wait_for_work(tally)
             time.sleep(pause * dice.random())
             ground.memory()
             which = number % 2

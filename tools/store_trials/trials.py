@@ -5,6 +5,7 @@
     trials.py stalls [ACCOUNTS [SECONDS]]   the same among broken lines and peers that stall
     trials.py backup [ACCOUNTS [SECONDS]]   backed up half-way, and the copy checked
     trials.py kills [ACCOUNTS [COUNT]]      200 kills of either process under load
+    trials.py power [ACCOUNTS [COUNT]]      25 power cuts under load; needs root
     trials.py nonsense [REQUESTS]           bad input at both doors
     trials.py pages FOLDER                  pictures of what is shown in a browser
 
@@ -21,6 +22,7 @@ import kills  # noqa: E402
 import load  # noqa: E402
 import nonsense  # noqa: E402
 import pages  # noqa: E402
+import power_cuts  # noqa: E402
 
 
 def main() -> int:
@@ -33,6 +35,7 @@ def main() -> int:
         "stalls": lambda: load.run(number(1, 50), number(2, 300), nuisances=8),
         "backup": lambda: load.run(number(1, 20), number(2, 60), backup=True),
         "kills": lambda: kills.run(number(1, 12), number(2, 200), 2.0),
+        "power": lambda: power_cuts.run(number(1, 4), number(2, 25), 1.0),
         "nonsense": lambda: nonsense.run(number(1, 3000)),
         "pages": lambda: pages.run(Path(words[1])),
     }
