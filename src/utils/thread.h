@@ -28,4 +28,10 @@ private:
     PTP_WORK work_;
 };
 
+/// Runs `body` once on a thread of the platform's pool and does not wait for it. It may block for
+/// long, and is destroyed on that thread. The platform holds a reference on the module that
+/// contains this code until it has ended; nothing that it throws passes the thread's top. Throws
+/// `system_error_exception` when the pool takes no work.
+void start_pool_work(std::function<void()> body);
+
 } // namespace utils
