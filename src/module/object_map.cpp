@@ -1,6 +1,7 @@
 #include "module/object_map.h"
 
 #include "com/class_ids.h"
+#include "local/overlay_icon.h"
 #include "resources/resource_ids.h"
 #include "shell/shell_folder.h"
 #include "transfer/data_object/data_object.h"
@@ -56,11 +57,17 @@ void update_shell_folder(com::registrar& scripts, com::registration direction) {
     complete_shell_folder(id, direction);
 }
 
+void update_overlay_icon(com::registrar& scripts, com::registration direction) {
+    scripts.run(IDR_OVERLAY_ICON, direction);
+}
+
 constinit object_map_entry classes[] = {
     {com::CLSID_ShellFolderImpl, com::class_factory(&com::create<shell::CShellFolderImpl>),
      &update_shell_folder},
     {com::CLSID_DataObjectImpl, com::class_factory(&com::create<transfer::CDataObjectImpl>),
      nullptr},
+    {com::CLSID_ShellOverlayIcon, com::class_factory(&com::create<local::CShellOverlayIcon>),
+     &update_overlay_icon},
 };
 
 } // namespace

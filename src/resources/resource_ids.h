@@ -10,5 +10,10 @@
 #define IDR_SYNC_PROPERTY_SHEET 1902
 #define IDR_OVERLAY_ICON 1904
 
-// Icons. The shell asks for the first one, by its place, for the drive.
+// Icons. The shell finds two by their places, which are those of their numbers among all: the first
+// one is the drive's, and IDI_BOUND marks local items that are bound.
 #define IDI_DRIVE 101
+#define IDI_ITEMS 2000
+#define IDI_SYNC 2001
+#define IDI_BOUND 2002
+#define IDI_BOUND_INDEX 3

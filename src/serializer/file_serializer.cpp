@@ -36,10 +36,14 @@ std::int64_t now() {
     return seconds_of(std::chrono::system_clock::now());
 }
 
-std::int64_t last_write_seconds(const fs::path& path) {
+std::int64_t seconds_of(fs::file_time_type time) {
     return seconds_of(std::chrono::system_clock::time_point(
         std::chrono::duration_cast<std::chrono::system_clock::duration>(
-            std::chrono::file_clock::to_sys(fs::last_write_time(path)).time_since_epoch())));
+            std::chrono::file_clock::to_sys(time).time_since_epoch())));
+}
+
+std::int64_t last_write_seconds(const fs::path& path) {
+    return seconds_of(fs::last_write_time(path));
 }
 
 std::shared_ptr<const node> read_tree(const fs::path& path, const char* where) {
@@ -73,6 +77,19 @@ std::shared_ptr<const node> file_serializer::load_cached(const fs::path& path) {
             throw;
         }
         entry.taken(time, reading);
+    }
+    cache.files.used(entry, now());
+    return entry.tree;
+}
+
+std::shared_ptr<const node> file_serializer::find_current(const fs::path& path) {
+    shared_cache& cache = process_cache();
+    const std::lock_guard guard(cache.cache_mutex);
+    cache_entry& entry = cache.files.find(path);
+    std::error_code failure;
+    const fs::file_time_type time = fs::last_write_time(path, failure);
+    if (failure || !entry.is_current(seconds_of(time))) {
+        return nullptr;
     }
     cache.files.used(entry, now());
     return entry.tree;

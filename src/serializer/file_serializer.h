@@ -20,6 +20,10 @@ public:
     /// for one that cannot be opened, and what `node::deserialize` throws; the file stays as it is.
     static std::shared_ptr<const node> load_cached(const std::filesystem::path& path);
 
+    /// The tree that was last loaded or saved, if the file did not change since, at the cost of one
+    /// query of the file's time; null otherwise, also when there is no file.
+    static std::shared_ptr<const node> find_current(const std::filesystem::path& path);
+
     /// Writes the tree, unless it is the one that was last loaded or saved. The file is replaced as
     /// `replace_file` tells, and this throws what that and `node::serialize` throw.
     static void save_cached(const std::filesystem::path& path, node tree, bool keep_backup);

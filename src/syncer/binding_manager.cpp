@@ -27,8 +27,7 @@ binding sought(const std::filesystem::path& dir_remote, const std::filesystem::p
 } // namespace
 
 binding_manager::binding_manager(std::wstring user_name, bool load)
-    : user_name_(std::move(user_name)), mutex_(L"Local\\" + user_name_ + L"_bindings_mutex"),
-      lock_(mutex_) {
+    : user_name_(std::move(user_name)), mutex_(mutex_name(user_name_)), lock_(mutex_) {
     if (!load) {
         return;
     }
@@ -119,6 +118,19 @@ void binding_manager::save() {
     }
     serializer::file_serializer::save_cached(get_bindings_path(user_name_), std::move(tree), false);
     dirty_ = false;
+}
+
+void binding_manager::commit() {
+    try {
+        save();
+    } catch (...) {
+        dirty_ = false;
+        throw;
+    }
+}
+
+std::wstring binding_manager::mutex_name(const std::wstring& user_name) {
+    return L"Local\\" + user_name + L"_bindings_mutex";
 }
 
 std::filesystem::path binding_manager::get_bindings_path(const std::wstring& user_name) {

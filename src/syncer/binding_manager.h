@@ -52,6 +52,13 @@ public:
     /// `serializer::file_serializer::save_cached` throws.
     void save();
 
+    /// The same at the end of the transaction: what cannot be saved is given up, so that the
+    /// destructor, which would not tell, does not save it after all.
+    void commit();
+
+    /// The name of the mutex that guards the user's bindings.
+    static std::wstring mutex_name(const std::wstring& user_name);
+
     /// The user's file. Its directory is there afterwards; throws `create_directory_exception` if
     /// it cannot be.
     static std::filesystem::path get_bindings_path(const std::wstring& user_name);

@@ -13,7 +13,7 @@ namespace syncer {
 void manager::force_sync(const std::wstring& user_name, const binding& forced, bool flag) {
     binding_manager transaction(user_name, true);
     transaction.set_force_sync_once(forced, flag);
-    transaction.save();
+    transaction.commit();
 }
 
 binding_set manager::get_bindings(const std::wstring& user_name) {
@@ -23,7 +23,7 @@ binding_set manager::get_bindings(const std::wstring& user_name) {
 void manager::remove_binding(const std::wstring& user_name, const binding& removed) {
     binding_manager transaction(user_name, true);
     transaction.remove_binding(removed);
-    transaction.save();
+    transaction.commit();
 }
 
 std::filesystem::path manager::get_files_saved_directory(const std::wstring& user_name) {
