@@ -1,6 +1,9 @@
 /// The numbers of the module's texts.
 #pragma once
 
+// The store, where a path begins with it.
+#define IDS_STORE 1000
+
 // A new account: the caption, of its success too, and the text of that.
 #define IDS_NEW_PROFILE_ERROR 1012
 #define IDS_NEW_PROFILE_CREATED 1013
@@ -71,6 +74,24 @@
 #define IDS_MENU_DELETE 1510
 #define IDS_MENU_RENAME 1511
 #define IDS_MENU_PROPERTIES 1512
+
+// Properties of items: tabs, captions, values, and captions of what fails.
+#define IDS_TAB_GENERAL 1600
+#define IDS_PROPERTIES_OF 1601
+#define IDS_PROPERTIES_OF_SEVERAL 1602
+#define IDS_SELECTED_COUNTS 1603
+#define IDS_ALL_OF_TYPE 1604
+#define IDS_MULTIPLE_TYPES 1605
+#define IDS_SIZE_FAILED 1606
+#define IDS_LINK_FAILED 1607
+#define IDS_DESCRIPTION_FAILED 1608
+#define IDS_PERMISSIONS_FAILED 1609
+#define IDS_TAB_SHARING 1610
+#define IDS_PRICE_FAILED 1622
+#define IDS_UNKNOWN_DATE 1623
+#define IDS_CONTAINED_COUNTS 1624
+#define IDS_TAB_SYNC 1630
+#define IDS_SALES_LINK 1640
 
 // Opening: what the progress dialog shows.
 #define IDS_DOWNLOADING 1800

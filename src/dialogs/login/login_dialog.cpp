@@ -71,7 +71,7 @@ bool CLoginDlg::on_init() {
 void CLoginDlg::create_link() {
     m_new_account_link.create(handle(), IDC_LOGIN_NEW_ACCOUNT,
                               ui::scaled_to_font(handle(), link_place), L"New Account",
-                              link_mode::tell_parent, {}, GetSysColor(COLOR_HOTLIGHT));
+                              ui::link_mode::tell_parent, {}, GetSysColor(COLOR_HOTLIGHT));
 }
 
 void CLoginDlg::create_panel() {
@@ -135,7 +135,7 @@ std::optional<LRESULT> CLoginDlg::on_message(UINT message, WPARAM, LPARAM lparam
     switch (message) {
     // The first two are numbers that the platform gives a meaning too, but only where the dialog
     // procedure has none.
-    case WM_LINK_CLICKED:
+    case ui::WM_LINK_CLICKED:
         show_panel(true);
         return 0;
     case WM_HIDE_PANEL:

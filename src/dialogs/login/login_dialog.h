@@ -1,8 +1,8 @@
 #pragma once
 
 #include "dialogs/login/new_profile_dialog.h"
-#include "dialogs/login/url_static.h"
 #include "ui/dialog.h"
+#include "ui/url_static.h"
 
 #include <string>
 
@@ -34,7 +34,7 @@ private:
     std::wstring m_username;
     /// Empty but while it is used.
     std::wstring m_password;
-    CUrlStatic m_new_account_link;
+    ui::CUrlStatic m_new_account_link;
     CDialogNewProfile m_new_profile;
 };
 

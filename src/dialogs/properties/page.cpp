@@ -16,7 +16,10 @@ std::optional<LRESULT> CPropertiesPageDlg::on_message(UINT message, WPARAM wpara
     const auto dc = reinterpret_cast<HDC>(wparam);
     POINT origin{};
     MapWindowPoints(reinterpret_cast<HWND>(lparam), GetParent(handle()), &origin, 1);
-    SetBrushOrgEx(dc, -origin.x, -origin.y, nullptr);
+    // A copy of the background is drawn with its left upper corner elsewhere.
+    POINT shift{};
+    GetWindowOrgEx(dc, &shift);
+    SetBrushOrgEx(dc, -origin.x - shift.x, -origin.y - shift.y, nullptr);
     SetBkMode(dc, TRANSPARENT);
     return reinterpret_cast<LRESULT>(brush);
 }

@@ -1,6 +1,6 @@
-#include "dialogs/login/url_static.h"
 #include "login_fixture.h"
 #include "resources/dialog_ids.h"
+#include "ui/url_static.h"
 
 namespace dialogs {
 
@@ -136,7 +136,7 @@ TEST_F(new_profile, is_reached_by_keys) {
 }
 
 TEST_F(new_profile, keeps_its_fields_after_a_failure_and_hands_the_name_on) {
-    SendMessageW(dialog_, WM_LINK_CLICKED, 0, 0);
+    SendMessageW(dialog_, ui::WM_LINK_CLICKED, 0, 0);
     fill_in(L"another");
     press_key(dialog_, VK_RETURN); // in the first field
     HWND box = await_dialog(L"Error creating profile");

@@ -1,4 +1,4 @@
-#include "dialogs/login/url_static.h"
+#include "ui/url_static.h"
 
 #include "utils/exceptions.h"
 #include "utils/module.h"
@@ -9,7 +9,7 @@
 
 #include <source_location>
 
-namespace dialogs {
+namespace ui {
 
 namespace {
 
@@ -37,7 +37,6 @@ void CUrlStatic::create(HWND parent, int id, const RECT& rect, const std::wstrin
     m_url = url;
     m_color = color;
     m_font.reset(create_link_font());
-    copy_background(parent, rect);
     const HWND window = CreateWindowExW(
         0, L"STATIC", label.c_str(), link_style | WS_TABSTOP, rect.left, rect.top,
         rect.right - rect.left, rect.bottom - rect.top, parent,
@@ -48,15 +47,20 @@ void CUrlStatic::create(HWND parent, int id, const RECT& rect, const std::wstrin
                                             GetLastError());
     }
     attach(window);
+    copy_background();
 }
 
-void CUrlStatic::copy_background(HWND parent, const RECT& rect) {
+void CUrlStatic::copy_background() {
+    const HWND parent = GetParent(handle());
+    RECT rect{};
+    GetWindowRect(handle(), &rect);
+    MapWindowPoints(nullptr, parent, reinterpret_cast<POINT*>(&rect), 2);
     const HDC screen = GetDC(nullptr);
-    const ui::unique_memory_dc memory(CreateCompatibleDC(screen));
+    const unique_memory_dc memory(CreateCompatibleDC(screen));
     m_background.reset(
         CreateCompatibleBitmap(screen, rect.right - rect.left, rect.bottom - rect.top));
     ReleaseDC(nullptr, screen);
-    const ui::selected_object selected(memory.get(), m_background.get());
+    const selected_object selected(memory.get(), m_background.get());
     // The parent may not be visible yet, so it draws itself into the copy.
     SetWindowOrgEx(memory.get(), rect.left, rect.top, nullptr);
     const auto dc = reinterpret_cast<WPARAM>(memory.get());
@@ -95,6 +99,11 @@ LRESULT CUrlStatic::on_message(UINT message, WPARAM wparam, LPARAM lparam) {
     case WM_SETCURSOR:
         SetCursor(LoadCursorW(nullptr, IDC_HAND));
         return TRUE;
+    case WM_MOVE:
+        // The copy is of another place.
+        copy_background();
+        InvalidateRect(handle(), nullptr, FALSE);
+        break;
     case WM_SETFOCUS:
     case WM_KILLFOCUS:
     case WM_UPDATEUISTATE:
@@ -120,11 +129,11 @@ LRESULT CUrlStatic::on_message(UINT message, WPARAM wparam, LPARAM lparam) {
 void CUrlStatic::paint(HDC dc) {
     RECT client{};
     GetClientRect(handle(), &client);
-    const ui::unique_memory_dc memory(CreateCompatibleDC(dc));
-    const ui::selected_object background(memory.get(), m_background.get());
+    const unique_memory_dc memory(CreateCompatibleDC(dc));
+    const selected_object background(memory.get(), m_background.get());
     BitBlt(dc, 0, 0, client.right, client.bottom, memory.get(), 0, 0, SRCCOPY);
 
-    const ui::selected_object font(dc, m_font.get());
+    const selected_object font(dc, m_font.get());
     SetTextColor(dc, m_color);
     SetBkMode(dc, TRANSPARENT);
     const auto length = static_cast<int>(m_label.size());
@@ -152,4 +161,4 @@ void CUrlStatic::click() {
     }
 }
 
-} // namespace dialogs
+} // namespace ui

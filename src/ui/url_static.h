@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace dialogs {
+namespace ui {
 
 /// What a click on a link does.
 enum class link_mode {
@@ -19,7 +19,7 @@ inline constexpr UINT WM_LINK_CLICKED = WM_USER + 1;
 
 /// A link: underlined text in a static control, which the Tab key reaches and which Space, Enter
 /// and the mouse click.
-class CUrlStatic : public ui::subclassed_window {
+class CUrlStatic : public subclassed_window {
 public:
     static constexpr COLORREF default_color = 0xFF0000;
 
@@ -32,7 +32,7 @@ protected:
     LRESULT on_message(UINT message, WPARAM wparam, LPARAM lparam) override;
 
 private:
-    void copy_background(HWND parent, const RECT& rect);
+    void copy_background();
     void paint(HDC dc);
     void click();
 
@@ -40,9 +40,9 @@ private:
     std::wstring m_label;
     std::wstring m_url;
     COLORREF m_color = default_color;
-    ui::unique_font m_font;
+    unique_font m_font;
     /// What the parent shows below the link, to draw the text over.
-    ui::unique_bitmap m_background;
+    unique_bitmap m_background;
 };
 
-} // namespace dialogs
+} // namespace ui
