@@ -1,6 +1,7 @@
 #include "module/object_map.h"
 
 #include "com/class_ids.h"
+#include "dialogs/drive/properties_drive.h"
 #include "local/overlay_icon.h"
 #include "resources/resource_ids.h"
 #include "shell/shell_folder.h"
@@ -33,8 +34,12 @@ std::wstring text_of(REFGUID id) {
     return text.data();
 }
 
-/// Wine's interpreter of scripts ends numbers at 2^31 - 1, and leaves single values in keys that
-/// stay. Elsewhere this changes nothing.
+/// Wine's interpreter of scripts leaves single values in keys that stay.
+void end_approval(const std::wstring& id) {
+    ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, approved_extensions, id.c_str());
+}
+
+/// Wine's interpreter of scripts ends numbers at 2^31 - 1. Elsewhere this changes nothing.
 void complete_shell_folder(const std::wstring& id, com::registration direction) {
     if (direction == com::registration::add) {
         const std::wstring key = L"CLSID\\" + id + L"\\ShellFolder";
@@ -42,7 +47,7 @@ void complete_shell_folder(const std::wstring& id, com::registration direction) 
             ::RegSetKeyValueW(HKEY_CLASSES_ROOT, key.c_str(), L"Attributes", REG_DWORD,
                               &drive_attributes, sizeof(drive_attributes)))));
     } else {
-        ::RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, approved_extensions, id.c_str());
+        end_approval(id);
     }
 }
 
@@ -61,6 +66,21 @@ void update_overlay_icon(com::registrar& scripts, com::registration direction) {
     scripts.run(IDR_OVERLAY_ICON, direction);
 }
 
+void update_drive_properties(com::registrar& scripts, com::registration direction) {
+    const std::wstring id = text_of(com::CLSID_PropertiesDriveDlg);
+    scripts.replace(L"CLSID", id);
+    scripts.replace(L"DRIVECLSID", text_of(com::CLSID_ShellFolderImpl));
+    scripts.replace(L"APP_NAME", application_name);
+    scripts.run(IDR_DRIVE_PROPERTY_SHEET, direction);
+    if (direction == com::registration::remove) {
+        end_approval(id);
+        // The drive's own script went first, and Wine's interpreter left a key in which others have
+        // theirs.
+        const std::wstring drive = L"CLSID\\" + text_of(com::CLSID_ShellFolderImpl);
+        ::RegDeleteTreeW(HKEY_CLASSES_ROOT, drive.c_str());
+    }
+}
+
 constinit object_map_entry classes[] = {
     {com::CLSID_ShellFolderImpl, com::class_factory(&com::create<shell::CShellFolderImpl>),
      &update_shell_folder},
@@ -68,6 +88,8 @@ constinit object_map_entry classes[] = {
      nullptr},
     {com::CLSID_ShellOverlayIcon, com::class_factory(&com::create<local::CShellOverlayIcon>),
      &update_overlay_icon},
+    {com::CLSID_PropertiesDriveDlg, com::class_factory(&com::create<dialogs::CPropertiesDriveDlg>),
+     &update_drive_properties},
 };
 
 } // namespace

@@ -93,6 +93,10 @@
 #define IDS_TAB_SYNC 1630
 #define IDS_SALES_LINK 1640
 
+// The drive's properties.
+#define IDS_DRIVE_GENERAL 1700
+#define IDS_UNLIMITED 1701
+
 // Opening: what the progress dialog shows.
 #define IDS_DOWNLOADING 1800
 #define IDS_DOWNLOADING_FROM 1801

@@ -7,7 +7,7 @@
 
 namespace ui {
 
-/// A font, bitmap, brush or pen. It must not be selected anywhere when it goes.
+/// A font, bitmap, brush, pen or region. It must not be selected anywhere when it goes.
 template <class Object>
 struct gdi_object_traits {
     using pointer = Object;
@@ -19,6 +19,9 @@ struct gdi_object_traits {
 
 using unique_font = utils::unique_resource<gdi_object_traits<HFONT>>;
 using unique_bitmap = utils::unique_resource<gdi_object_traits<HBITMAP>>;
+using unique_brush = utils::unique_resource<gdi_object_traits<HBRUSH>>;
+using unique_pen = utils::unique_resource<gdi_object_traits<HPEN>>;
+using unique_region = utils::unique_resource<gdi_object_traits<HRGN>>;
 
 /// A device context in memory.
 struct memory_dc_traits {

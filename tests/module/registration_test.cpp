@@ -26,6 +26,9 @@ constexpr const char* expected[] = {
     R"(HKLM\Software\Classes\CLSID\{3268FFAC-39F2-4058-BE09-7396DB121F4A} "AppID"="{94606AEB-2398-46B6-9DFC-1072D35058F1}")",
     R"(HKLM\Software\Classes\Quilldeck.ShellOverlayIcon\CurVer @="Quilldeck.ShellOverlayIcon.1")",
     R"(HKLM\Software\Microsoft\Windows\CurrentVersion\Explorer\ShellIconOverlayIdentifiers\Quilldeck_ShellOverlayIcon @="{3268FFAC-39F2-4058-BE09-7396DB121F4A}")",
+    R"(HKLM\Software\Classes\CLSID\{5FA947B5-650A-4374-8A9A-5EFA4F126834}\ShellEx\PropertySheetHandlers\{EAD140F5-1353-4001-915D-26E29BA8C9A8} @="Quilldeck Property Sheet")",
+    R"(HKLM\Software\Classes\Quilldeck\ShellEx\PropertySheetHandlers\{EAD140F5-1353-4001-915D-26E29BA8C9A8} @="Quilldeck Property Sheet")",
+    R"(HKLM\Software\Microsoft\Windows\CurrentVersion\Shell Extensions\Approved "{EAD140F5-1353-4001-915D-26E29BA8C9A8}"="Quilldeck Property Sheet")",
     R"(HKLM\Software\Classes\Typelib\{FB02A5A4-B11F-4C9F-AA4C-485D4D03D779}\1.0\0\win64 @="MODULE")",
     R"(HKLM\Software\Classes\Interface\{10CB142B-E382-4928-8B6A-7B2B32EACC64}\TypeLib @="{FB02A5A4-B11F-4C9F-AA4C-485D4D03D779}")",
 };
@@ -35,6 +38,7 @@ constexpr auto class_keys = R"(HKLM\Software\Classes\CLSID\)";
 constexpr const char* registered_classes[] = {
     "{5FA947B5-650A-4374-8A9A-5EFA4F126834}",
     "{3268FFAC-39F2-4058-BE09-7396DB121F4A}",
+    "{EAD140F5-1353-4001-915D-26E29BA8C9A8}",
 };
 
 /// Where other programs have entries beside ours.

@@ -23,7 +23,7 @@ LAYERS = [
 ]
 ROOMS = {
     "vfs_quilldeck": [{"wire"}, {"transfer"}, {"session"}, {"items"}],
-    "dialogs": [{"login"}, {"properties"}, {"sync"}],
+    "dialogs": [{"login"}, {"properties"}, {"drive", "sync"}],
 }
 # How high each folder stands, and each room ("dialogs/login") in its library.
 LEVEL = {folder: level for level, row in enumerate(LAYERS) for folder in row}
