@@ -1,8 +1,8 @@
 #include "commands/association_list.h"
 
 #include "com/guard.h"
-#include "com/memory.h"
 #include "commands/class_key.h"
+#include "commands/item_array.h"
 #include "commands/registry_text.h"
 #include "shell_items/file_types.h"
 
@@ -13,24 +13,16 @@ namespace commands {
 
 namespace {
 
-using Microsoft::WRL::ComPtr;
-
 bool equal_without_case(const std::wstring& left, const std::wstring& right) {
     return CompareStringOrdinal(left.c_str(), -1, right.c_str(), -1, TRUE) == CSTR_EQUAL;
 }
 
-/// The name of a file; throws for a folder.
+/// The name of an item; empty for a folder, and for what is not ours. What lies in the Trash is no
+/// folder.
 std::wstring file_name(IShellItemArray& items, DWORD index) {
-    ComPtr<IShellItem> item;
-    com::check(items.GetItemAt(index, &item));
-    SFGAOF folder = 0;
-    com::check(item->GetAttributes(SFGAO_FOLDER, &folder));
-    if (folder & SFGAO_FOLDER) {
-        throw com::status_exception(E_INVALIDARG);
-    }
-    wchar_t* name = nullptr;
-    com::check(item->GetDisplayName(SIGDN_PARENTRELATIVE, &name));
-    return com::task_ptr<wchar_t>(name).get();
+    const auto record = record_of(items, index);
+    return !record || (record->is_directory() && record->is_live()) ? std::wstring()
+                                                                    : record->get_name();
 }
 
 } // namespace

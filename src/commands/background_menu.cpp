@@ -6,6 +6,7 @@
 #include "commands/invocation.h"
 #include "commands/menu_entries.h"
 #include "resources/string_ids.h"
+#include "shell_items/bind_folder.h"
 #include "shell_items/change_notice.h"
 #include "ui/message.h"
 #include "ui/strings.h"
@@ -46,8 +47,10 @@ DWORD preferred_effect(IDataObject& object) {
 } // namespace
 
 CBGContextMenu::CBGContextMenu(ComPtr<IShellFolder> folder,
-                               std::shared_ptr<vfs::directory> directory, shell::CItemIDList list)
-    : m_folder(std::move(folder)), m_directory(std::move(directory)), m_list(std::move(list)) {}
+                               std::shared_ptr<vfs::directory> directory, shell::CItemIDList root,
+                               shell::CItemIDList path)
+    : m_folder(std::move(folder)), m_directory(std::move(directory)), m_root(std::move(root)),
+      m_path(std::move(path)) {}
 
 HRESULT CBGContextMenu::QueryContextMenu(HMENU hmenu, UINT indexMenu, UINT idCmdFirst, UINT,
                                          UINT uFlags) {
@@ -135,7 +138,7 @@ std::wstring CBGContextMenu::free_name() const {
 
 void CBGContextMenu::make_folder() {
     const shell::PIDLDATA made(m_directory->create_directory(free_name()));
-    shell::CItemIDList list = m_list;
+    shell::CItemIDList list = m_root + m_path;
     list.append(made);
     shell::notify_change(SHCNE_MKDIR, list);
     edit_name(made);
@@ -148,12 +151,10 @@ void CBGContextMenu::edit_name(const shell::PIDLDATA& made) const {
     }
     const com::unique_id_list item = shell::CItemIDList(made).to_list();
     constexpr UINT edited = SVSI_EDIT | SVSI_ENSUREVISIBLE;
-    ComPtr<IFolderView> positions;
-    if (m_cursor && SUCCEEDED(view.As(&positions))) {
-        const ITEMIDLIST* items[] = {item.get()};
-        POINT position = *m_cursor;
-        positions->SelectAndPositionItems(1, items, &position, edited | SVSI_TRANSLATEPT);
-    } else {
+    ComPtr<IShellView2> places;
+    POINT position = m_cursor.value_or(POINT{});
+    if (!m_cursor || FAILED(view.As(&places)) ||
+        FAILED(places->SelectAndPositionItem(item.get(), edited | SVSI_TRANSLATEPT, &position))) {
         view->SelectItem(item.get(), edited);
     }
 }
@@ -172,16 +173,19 @@ void CBGContextMenu::paste(HWND owner) const {
 
 void CBGContextMenu::show_properties(HWND owner, shell::properties_page page) const {
     const auto show = shell::get_seams().dialogs.show_properties;
-    if (!show || m_list.count() == 0) {
+    if (!show || m_path.count() == 0) {
         throw com::status_exception(E_NOTIMPL);
     }
     // A folder's properties are those of an item of its parent.
-    const com::unique_id_list list = m_list.to_list();
-    ComPtr<IShellFolder> parent;
-    const ITEMIDLIST* last = nullptr;
-    com::check(SHBindToParent(list.get(), IID_PPV_ARGS(&parent), &last));
+    shell::CItemIDList way;
+    for (std::size_t level = 0; level + 1 < m_path.count(); ++level) {
+        way.append(m_path.records()[level]);
+    }
+    const ComPtr<IShellFolder> parent = shell::bind_folder(m_root, way);
+    const com::unique_id_list own = shell::CItemIDList(m_path.last()).to_list();
+    const ITEMIDLIST* item = own.get();
     ComPtr<IDataObject> data;
-    com::check(parent->GetUIObjectOf(owner, 1, &last, IID_IDataObject, nullptr, &data));
+    com::check(parent->GetUIObjectOf(owner, 1, &item, IID_IDataObject, nullptr, &data));
     com::check(show(*data.Get(), owner, page));
 }
 

@@ -18,9 +18,11 @@ namespace commands {
 /// The menu of a folder's background. It belongs to the thread of the view.
 class CBGContextMenu final : public com::object<CBGContextMenu, IContextMenu, com::sited> {
 public:
-    /// `folder` is the folder of the drive that `directory` and the absolute list `list` stand for.
+    /// `folder` is the folder of the drive that stands for `directory`, `root` the absolute list of
+    /// the drive, and `path` leads from there to the folder.
     CBGContextMenu(Microsoft::WRL::ComPtr<IShellFolder> folder,
-                   std::shared_ptr<vfs::directory> directory, shell::CItemIDList list);
+                   std::shared_ptr<vfs::directory> directory, shell::CItemIDList root,
+                   shell::CItemIDList path);
 
     HRESULT STDMETHODCALLTYPE QueryContextMenu(HMENU hmenu, UINT indexMenu, UINT idCmdFirst,
                                                UINT idCmdLast, UINT uFlags) override;
@@ -37,7 +39,8 @@ private:
 
     const Microsoft::WRL::ComPtr<IShellFolder> m_folder;
     const std::shared_ptr<vfs::directory> m_directory;
-    const shell::CItemIDList m_list;
+    const shell::CItemIDList m_root;
+    const shell::CItemIDList m_path;
     /// Where the menu was, once there was one.
     std::optional<POINT> m_cursor;
 };

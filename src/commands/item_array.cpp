@@ -41,13 +41,14 @@ DWORD count_of(IShellItemArray* items) {
     return count;
 }
 
-std::optional<shell::PIDLDATA> single_record(IShellItemArray* items) {
-    if (count_of(items) != 1) {
-        return std::nullopt;
-    }
-    const com::unique_id_list list = list_of(*items, 0);
+std::optional<shell::PIDLDATA> record_of(IShellItemArray& items, DWORD index) {
+    const com::unique_id_list list = list_of(items, index);
     const ITEMIDLIST* last = ILFindLastID(list.get());
     return shell::read_record({reinterpret_cast<const std::byte*>(last), last->mkid.cb});
+}
+
+std::optional<shell::PIDLDATA> single_record(IShellItemArray* items) {
+    return count_of(items) == 1 ? record_of(*items, 0) : std::nullopt;
 }
 
 ComPtr<IDataObject> data_object_of(IShellItemArray& items, IShellFolder& folder) {

@@ -74,13 +74,14 @@ HRESULT create_item_menu(HWND owner, IShellFolder& folder, const shell::CItemIDL
 }
 
 HRESULT create_background_menu(IShellFolder& folder, const vfs::item_ptr& directory,
-                               const shell::CItemIDList& list, REFIID iid, void** result) noexcept {
+                               const shell::CItemIDList& root, const shell::CItemIDList& path,
+                               REFIID iid, void** result) noexcept {
     return com::guard([&]() -> HRESULT {
         com::cleared(result);
         const auto opened = std::dynamic_pointer_cast<vfs::directory>(directory);
-        return opened
-                   ? com::make<CBGContextMenu>(&folder, opened, list)->QueryInterface(iid, result)
-                   : S_OK;
+        return opened ? com::make<CBGContextMenu>(&folder, opened, root, path)
+                            ->QueryInterface(iid, result)
+                      : S_OK;
     });
 }
 

@@ -22,6 +22,7 @@ HRESULT create_item_menu(HWND owner, IShellFolder& folder, const shell::CItemIDL
 /// As `shell::command_seams::create_background_menu`. S_OK and null for an item that is no
 /// directory.
 HRESULT create_background_menu(IShellFolder& folder, const vfs::item_ptr& directory,
-                               const shell::CItemIDList& list, REFIID iid, void** result) noexcept;
+                               const shell::CItemIDList& root, const shell::CItemIDList& path,
+                               REFIID iid, void** result) noexcept;
 
 } // namespace commands

@@ -144,7 +144,7 @@ HRESULT CShellFolderImpl::create_drop_target(HWND owner, REFIID iid, void** resu
 
 HRESULT CShellFolderImpl::create_background_menu(HWND owner, REFIID iid, void** result) {
     com::check(ensure_connected(owner, true));
-    return get_seams().commands.create_background_menu(*this, m_item, m_root + m_path, iid, result);
+    return get_seams().commands.create_background_menu(*this, m_item, m_root, m_path, iid, result);
 }
 
 HRESULT CShellFolderImpl::create_command_provider(HWND owner, REFIID iid, void** result) {

@@ -79,9 +79,10 @@ struct command_seams {
     (HWND owner, IShellFolder& folder, const CItemIDList& list,
      std::span<const PCUITEMID_CHILD> items, REFIID iid, void** result) = &not_offered;
     /// The menu of the background of `folder`, which stands for `directory`, a `vfs::directory`.
+    /// `root` is the absolute list of the drive, and `path` leads from there to the folder.
     HRESULT(*create_background_menu)
-    (IShellFolder& folder, const vfs::item_ptr& directory, const CItemIDList& list, REFIID iid,
-     void** result) = &not_offered;
+    (IShellFolder& folder, const vfs::item_ptr& directory, const CItemIDList& root,
+     const CItemIDList& path, REFIID iid, void** result) = &not_offered;
 };
 
 /// What the transfers do for the others. Each row makes an object and queries it for `iid`; none of

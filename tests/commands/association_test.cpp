@@ -4,6 +4,7 @@
 #include "commands/launch.h"
 #include "commands/playlist.h"
 #include "recording_player.h"
+#include "shell_items/item_id_list.h"
 #include "utils/filesystem.h"
 
 #include <gtest/gtest.h>
@@ -111,23 +112,17 @@ TEST_F(associations, take_classes_as_data_from_anywhere) {
     }
 }
 
-/// Empty local files, as the items of a selection.
+/// Items of one folder, those that end in "folder" folders.
 ComPtr<IShellItemArray> items_of(const std::vector<std::wstring>& names) {
-    const fs::path folder = fs::temp_directory_path() / L"selection";
     std::vector<com::unique_id_list> owners;
     std::vector<const ITEMIDLIST*> lists;
     for (const std::wstring& name : names) {
-        const fs::path path = folder / name;
-        fs::create_directories(path.parent_path());
-        if (name.ends_with(L"folder")) {
-            fs::create_directories(path);
-        } else {
-            std::ofstream give(path);
-        }
-        ITEMIDLIST* list = nullptr;
-        EXPECT_EQ(SHParseDisplayName(path.c_str(), nullptr, &list, 0, nullptr), S_OK);
-        owners.emplace_back(list);
-        lists.push_back(list);
+        shell::PIDLDATA record;
+        record.type = name.ends_with(L"folder") ? vfs::type_directory : vfs::type_file;
+        record.delete_date = shell::no_date;
+        record.set_name(name);
+        owners.push_back(shell::CItemIDList(record).to_list());
+        lists.push_back(owners.back().get());
     }
     ComPtr<IShellItemArray> items;
     EXPECT_EQ(

@@ -2,8 +2,8 @@
 #include "com/clipboard_formats.h"
 #include "com/guard.h"
 #include "com/memory.h"
+#include "shell_items/bind_folder.h"
 #include "shell_items/id_list_bytes.h"
-#include "shell_items/seams.h"
 #include "shell_items/shell_folder_interface.h"
 #include "transfer/data_object/data_object.h"
 #include "transfer/data_object/persisted_selection.h"
@@ -36,24 +36,6 @@ const ITEMIDLIST* list_of(const std::vector<std::byte>& bytes) noexcept {
 HWND window_of(std::uint32_t value) noexcept {
     const auto window = reinterpret_cast<HWND>(static_cast<LONG_PTR>(static_cast<LONG>(value)));
     return ::IsWindow(window) ? window : ::GetDesktopWindow();
-}
-
-/// The folder at `path` below the drive.
-std::shared_ptr<vfs::directory> find_folder(const shell::CItemIDList& root,
-                                            const shell::CItemIDList& path, HWND owner) {
-    const com::unique_id_list place = root.to_list();
-    const com::unique_id_list way = path.to_list();
-    if (!place || !way) {
-        throw com::status_exception(E_OUTOFMEMORY);
-    }
-    ComPtr<IPersistFolder> drive;
-    com::check(shell::get_seams().folders.create_drive(IID_PPV_ARGS(&drive)));
-    com::check(drive->Initialize(place.get()));
-    ComPtr<IShellFolder> top;
-    com::check(drive.As(&top));
-    ComPtr<IShellFolder> folder;
-    com::check(top->BindToObject(way.get(), nullptr, IID_PPV_ARGS(&folder)));
-    return shell::get_directory(*folder.Get(), owner);
 }
 
 } // namespace
@@ -113,7 +95,8 @@ HRESULT CDataObjectImpl::Load(IStream* stream) {
         for (const std::vector<std::byte>& item : read->items) {
             items.push_back(list_of(item));
         }
-        com::check(Init(find_folder(root, path, owner), root, path, owner, items));
+        const ComPtr<IShellFolder> folder = shell::bind_folder(root, path);
+        com::check(Init(shell::get_directory(*folder.Get(), owner), root, path, owner, items));
         return read->preferred_effect == 0
                    ? S_OK
                    : write_value(*this, com::registered_formats.preferred_drop_effect,
