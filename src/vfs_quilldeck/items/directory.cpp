@@ -76,11 +76,14 @@ std::vector<vfs::item_ptr> directory::list_items() {
 }
 
 std::vector<vfs::item_ptr> directory::read_items(const reply_node& reply) const {
+    const auto directories = reply.get_children(L"Directory");
+    const auto files = reply.get_children(L"File");
     std::vector<vfs::item_ptr> listed;
-    for (const reply_node& node : reply.get_children(L"Directory")) {
+    listed.reserve(directories.size() + files.size());
+    for (const reply_node& node : directories) {
         listed.push_back(make_directory(node));
     }
-    for (const reply_node& node : reply.get_children(L"File")) {
+    for (const reply_node& node : files) {
         listed.push_back(make_file(node, {}, 0));
     }
     return listed;

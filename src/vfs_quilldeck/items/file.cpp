@@ -35,8 +35,7 @@ void heed_content(file_record& record, const reply_node& reply) {
 
 } // namespace
 
-file::file(std::shared_ptr<file_record> record)
-    : record_(std::move(record)), stream_(record_->link.get_client().get_transfer_account()) {}
+file::file(std::shared_ptr<file_record> record) : record_(std::move(record)) {}
 
 file::file(item_link link, file_fields fields, std::wstring temp_location, std::int32_t open_mode)
     : file(std::make_shared<file_record>(std::move(link), std::move(fields))) {
@@ -48,8 +47,16 @@ file::file(item_link link, file_fields fields, std::wstring temp_location, std::
                         L"Wrong file open mode: only modeWrite|modeOverwrite is supported");
     }
     temp_location_ = std::move(temp_location);
-    stream_.open(wide_to_utf8(temp_location_), transfer_stream::writing);
+    stream().open(wide_to_utf8(temp_location_), transfer_stream::writing);
     open_mode_ = open_mode;
+}
+
+transfer_stream& file::stream() {
+    if (!stream_) {
+        stream_ =
+            std::make_unique<transfer_stream>(record_->link.get_client().get_transfer_account());
+    }
+    return *stream_;
 }
 
 std::wstring file::get_path() {
@@ -62,17 +69,17 @@ std::wstring file::get_description() const {
 
 void file::set_description(const std::wstring& description) {
     record_->link.request(L"set_file_description",
-                          {{L"file_id", record_->listed.id}, {L"description", description}});
+                          {{L"file_id", record_->id()}, {L"description", description}});
     record_->set_description(description);
 }
 
 vfs::byte_buffer file::get_thumbnail() {
-    return record_->link.get_client().get_thumbnail(get_thumbnail_user_id(), record_->listed.id);
+    return record_->link.get_client().get_thumbnail(get_thumbnail_user_id(), record_->id());
 }
 
 void file::set_access(std::int32_t access) {
     record_->link.request(L"set_file_access",
-                          {{L"file_id", record_->listed.id}, {L"access", std::to_wstring(access)}});
+                          {{L"file_id", record_->id()}, {L"access", std::to_wstring(access)}});
 }
 
 void file::restore() {
@@ -85,9 +92,8 @@ void file::copy(const vfs::item_ptr& destination, bool move) {
         throw exception(L"Copy file failed", L"Wrong type of destination item");
     }
     request_params source = record_->link.get_route(L"src_");
-    append(
-        source,
-        {{L"src_file_id", record_->listed.id}, {L"move", move ? L"1" : L"0"}, {L"is_pro", L"0"}});
+    append(source,
+           {{L"src_file_id", record_->id()}, {L"move", move ? L"1" : L"0"}, {L"is_pro", L"0"}});
     request_params params = target->get_copy_target_params();
     params.emplace_back(L"action", L"copy_file");
     append(params, source);
@@ -95,14 +101,14 @@ void file::copy(const vfs::item_ptr& destination, bool move) {
 }
 
 void file::set_price(double price) {
-    record_->link.request(L"set_file_price", {{L"file_id", record_->listed.id},
+    record_->link.request(L"set_file_price", {{L"file_id", record_->id()},
                                               {L"price", (boost::wformat(L"%1%") % price).str()}});
     record_->set_price(price);
 }
 
 void file::set_modification_date(vfs::time_seconds time) {
-    record_->link.request(L"set_file_date", {{L"file_id", record_->listed.id},
-                                             {L"file_datetime", std::to_wstring(time)}});
+    record_->link.request(L"set_file_date",
+                          {{L"file_id", record_->id()}, {L"file_datetime", std::to_wstring(time)}});
 }
 
 bool file::is_bof() {
@@ -115,18 +121,17 @@ void file::open(std::int32_t mode, std::int64_t size) {
     }
     const int stream_mode = stream_mode_of(mode);
     if (stream_mode == transfer_stream::writing) {
-        const reply_node reply =
-            record_->link.request(L"open_file_upload", {{L"file_id", record_->listed.id},
-                                                        {L"size", std::to_wstring(size)},
-                                                        {L"is_pro", L"0"}});
+        const reply_node reply = record_->link.request(
+            L"open_file_upload",
+            {{L"file_id", record_->id()}, {L"size", std::to_wstring(size)}, {L"is_pro", L"0"}});
         temp_location_ = reply.get_child_text(L"TempLocation");
     } else {
         const reply_node reply = record_->link.request(
-            L"open_file_download", {{L"file_id", record_->listed.id}, {L"is_pro", L"0"}});
+            L"open_file_download", {{L"file_id", record_->id()}, {L"is_pro", L"0"}});
         heed_content(*record_, reply);
         temp_location_ = record_->get_location();
     }
-    stream_.open(wide_to_utf8(temp_location_), stream_mode);
+    stream().open(wide_to_utf8(temp_location_), stream_mode);
     open_mode_ = mode;
     position_ = 0;
 }
@@ -137,13 +142,13 @@ void file::close(vfs::time_seconds time) {
     }
     if (stream_mode_of(open_mode_) == transfer_stream::writing) {
         if (!is_stored_already(time)) {
-            stream_.finish();
+            stream().finish();
             ask_to_store(time);
         }
     } else {
-        stream_.abandon();
+        stream().abandon();
         record_->link.request(L"close_file_download",
-                              {{L"file_id", record_->listed.id}, {L"is_pro", L"0"}});
+                              {{L"file_id", record_->id()}, {L"is_pro", L"0"}});
     }
     abandon();
 }
@@ -168,7 +173,7 @@ void file::ask_to_store(vfs::time_seconds time) {
     const vfs::time_seconds modified = time > 0 ? time : std::time(nullptr);
     close_asked_ = true;
     const reply_node reply =
-        record_->link.request(L"close_file_upload", {{L"file_id", record_->listed.id},
+        record_->link.request(L"close_file_upload", {{L"file_id", record_->id()},
                                                      {L"temp_location", temp_location_},
                                                      {L"file_time", std::to_wstring(modified)},
                                                      {L"file_size", std::to_wstring(position_)},
@@ -178,7 +183,7 @@ void file::ask_to_store(vfs::time_seconds time) {
 }
 
 void file::abandon() noexcept {
-    stream_.abandon();
+    stream_.reset();
     open_mode_ = 0;
     position_ = 0;
     close_asked_ = false;
@@ -194,23 +199,23 @@ void file::seek(std::int64_t offset, std::int32_t origin) {
     }
     close_asked_ = false;
     try {
-        stream_.rewind();
+        stream().rewind();
     } catch (const vfs::exception& cause) {
-        position_ = stream_.get_position();
+        position_ = stream().get_position();
         throw exception(L"Seek error", cause.get_description());
     }
     position_ = 0;
 }
 
 std::uint32_t file::read(void* buffer, std::uint32_t length) {
-    const std::uint32_t delivered = stream_.read(buffer, length);
+    const std::uint32_t delivered = stream().read(buffer, length);
     position_ += delivered;
     return delivered;
 }
 
 std::uint32_t file::write(const void* buffer, std::uint32_t length) {
     close_asked_ = false;
-    const std::uint32_t placed = stream_.write(buffer, length);
+    const std::uint32_t placed = stream().write(buffer, length);
     position_ += placed;
     return placed;
 }

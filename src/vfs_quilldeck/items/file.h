@@ -23,11 +23,11 @@ public:
     /// Another object for the file of `record`, closed.
     explicit file(std::shared_ptr<file_record> record);
 
-    std::wstring get_raw_id() const override { return record_->listed.id; }
+    std::wstring get_raw_id() const override { return record_->id(); }
 
-    std::wstring get_name() const override { return record_->listed.name; }
+    std::wstring get_name() const override { return record_->name(); }
 
-    std::wstring get_id() const override { return record_->listed.id; }
+    std::wstring get_id() const override { return record_->id(); }
 
     std::wstring get_path() override;
     std::wstring get_description() const override;
@@ -38,18 +38,18 @@ public:
     vfs::byte_buffer get_thumbnail() override;
     void set_access(std::int32_t access) override;
 
-    std::int32_t get_access() const override { return record_->listed.access; }
+    std::int32_t get_access() const override { return record_->access(); }
 
-    std::wstring get_link() const override { return record_->listed.link; }
+    std::wstring get_link() const override { return record_->url(); }
 
     /// The service tells no such date of files.
     vfs::time_seconds get_creation_date() const override { return vfs::time_unknown; }
 
-    vfs::time_seconds get_delete_date() const override { return record_->listed.delete_date; }
+    vfs::time_seconds get_delete_date() const override { return record_->delete_date(); }
 
     void restore() override;
 
-    std::wstring get_direct_link() const override { return record_->listed.direct_link; }
+    std::wstring get_direct_link() const override { return record_->direct_link(); }
 
     void copy(const vfs::item_ptr& destination, bool move) override;
 
@@ -60,7 +60,7 @@ public:
     void close(vfs::time_seconds time) override;
     bool is_bof() override;
 
-    bool is_eof() override { return stream_.is_eof(); }
+    bool is_eof() override { return stream_ && stream_->is_eof(); }
 
     std::int32_t get_open_mode() const override { return open_mode_; }
 
@@ -73,7 +73,7 @@ public:
 
     std::int64_t get_size() const override { return record_->get_size(); }
 
-    vfs::time_seconds get_access_date() const override { return record_->listed.access_date; }
+    vfs::time_seconds get_access_date() const override { return record_->access_date(); }
 
     vfs::time_seconds get_modification_date() const override {
         return record_->get_modification_date();
@@ -100,8 +100,9 @@ protected:
     const std::shared_ptr<file_record>& get_record() const { return record_; }
 
 private:
-    request_params id_param() const { return {{L"file_id", record_->listed.id}}; }
+    request_params id_param() const { return {{L"file_id", record_->id()}}; }
 
+    transfer_stream& stream();
     /// After a `close` whose request brought no answer the store may have the file all the same.
     bool is_stored_already(vfs::time_seconds time);
     void ask_to_store(vfs::time_seconds time);
@@ -109,7 +110,8 @@ private:
     const std::shared_ptr<file_record> record_;
     /// Of this object's own open.
     std::int32_t open_mode_ = 0;
-    transfer_stream stream_;
+    /// A listing makes many files, of which few are ever opened: null until it is needed.
+    std::unique_ptr<transfer_stream> stream_;
     std::wstring temp_location_;
     std::int64_t position_ = 0;
     /// The store has been asked to make this upload the file, and has not said that it did.

@@ -16,34 +16,47 @@ namespace vfs_quilldeck {
 class file_record {
 public:
     file_record(item_link way, file_fields as_listed)
-        : link(std::move(way)), description_(std::move(as_listed.description)),
-          location_(std::move(as_listed.location)), price_(as_listed.price), size_(as_listed.size),
-          modification_date_(as_listed.modification_date), listed(std::move(as_listed)) {}
+        : link(std::move(way)), fields_(std::move(as_listed)) {}
 
     const item_link link;
 
-    std::wstring get_description() const { return get(description_); }
+    // What never changes is read without the lock.
+    const std::wstring& id() const noexcept { return fields_.id; }
 
-    void set_description(const std::wstring& description) { set(description_, description); }
+    const std::wstring& name() const noexcept { return fields_.name; }
 
-    double get_price() const { return get(price_); }
+    const std::wstring& url() const noexcept { return fields_.link; }
 
-    void set_price(double price) { set(price_, price); }
+    const std::wstring& direct_link() const noexcept { return fields_.direct_link; }
 
-    std::int64_t get_size() const { return get(size_); }
+    std::int32_t access() const noexcept { return fields_.access; }
 
-    vfs::time_seconds get_modification_date() const { return get(modification_date_); }
+    vfs::time_seconds access_date() const noexcept { return fields_.access_date; }
+
+    vfs::time_seconds delete_date() const noexcept { return fields_.delete_date; }
+
+    std::wstring get_description() const { return get(fields_.description); }
+
+    void set_description(const std::wstring& description) { set(fields_.description, description); }
+
+    double get_price() const { return get(fields_.price); }
+
+    void set_price(double price) { set(fields_.price, price); }
+
+    std::int64_t get_size() const { return get(fields_.size); }
+
+    vfs::time_seconds get_modification_date() const { return get(fields_.modification_date); }
 
     /// Where the content lies on the transfer host.
-    std::wstring get_location() const { return get(location_); }
+    std::wstring get_location() const { return get(fields_.location); }
 
     /// The file has another content than was known.
     void set_content(const std::wstring& location, std::int64_t size,
                      vfs::time_seconds modification_date) {
         const std::lock_guard guard(lock_);
-        location_ = location;
-        size_ = size;
-        modification_date_ = modification_date;
+        fields_.location = location;
+        fields_.size = size;
+        fields_.modification_date = modification_date;
     }
 
 private:
@@ -59,16 +72,8 @@ private:
         field = value;
     }
 
+    file_fields fields_;
     mutable utils::slim_lock lock_;
-    std::wstring description_;
-    std::wstring location_;
-    double price_;
-    std::int64_t size_;
-    vfs::time_seconds modification_date_;
-
-public:
-    /// What never changes; what does is told by the functions.
-    const file_fields listed;
 };
 
 } // namespace vfs_quilldeck

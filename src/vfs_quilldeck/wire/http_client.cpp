@@ -11,6 +11,7 @@
 
 #include <curl/curl.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -21,9 +22,27 @@ namespace {
 constexpr int request_attempts = 3;
 constexpr long request_timeout_seconds = 25;
 
-std::size_t collect_reply(char* data, std::size_t size, std::size_t count, void* buffer) {
+/// The most that is set aside for what a reply says of its size, in bytes: whoever answers with
+/// more has to send it first.
+constexpr curl_off_t largest_promise = curl_off_t{64} << 20;
+
+/// A reply on its way.
+struct arriving_reply {
+    CURL* handle;
+    reply_buffer bytes{};
+};
+
+std::size_t collect_reply(char* data, std::size_t size, std::size_t count, void* user) {
+    auto& reply = *static_cast<arriving_reply*>(user);
+    if (reply.bytes.size() == 0) {
+        // A listing of many megabytes is then never moved; without the room it grows as it comes.
+        curl_off_t promised = 0;
+        curl_easy_getinfo(reply.handle, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &promised);
+        static_cast<void>(reply.bytes.reserve(
+            static_cast<std::size_t>(std::clamp(promised, curl_off_t{0}, largest_promise))));
+    }
     const std::size_t bytes = size * count;
-    return static_cast<reply_buffer*>(buffer)->append(data, bytes) ? bytes : 0;
+    return reply.bytes.append(data, bytes) ? bytes : 0;
 }
 
 } // namespace
@@ -37,7 +56,7 @@ reply_buffer http_client::post(const std::string& path, const request_params& pa
     const curl_descriptor lease(request_descriptor_cache);
     CURL* const handle = lease.get();
     const std::string url = get_service_url() + path;
-    reply_buffer reply;
+    arriving_reply reply{handle};
     curl_easy_setopt(handle, CURLOPT_URL, url.c_str());
     curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &collect_reply);
     curl_easy_setopt(handle, CURLOPT_WRITEDATA, &reply);
@@ -50,7 +69,7 @@ reply_buffer http_client::post(const std::string& path, const request_params& pa
     if (curl_easy_perform(handle) != CURLE_OK) {
         throw exception(L"Request failed", connection_failure_text);
     }
-    return reply;
+    return std::move(reply.bytes);
 }
 
 reply_buffer http_client::post_retrying(const std::string& path, const request_params& params,

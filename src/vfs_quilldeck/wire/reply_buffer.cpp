@@ -5,18 +5,25 @@
 
 namespace vfs_quilldeck {
 
+bool reply_buffer::reserve(std::size_t size) noexcept {
+    if (size <= capacity_) {
+        return true;
+    }
+    auto* grown = static_cast<char*>(std::realloc(bytes_.get(), size));
+    if (grown == nullptr) {
+        return false;
+    }
+    static_cast<void>(bytes_.release());
+    bytes_.reset(grown);
+    capacity_ = size;
+    return true;
+}
+
 bool reply_buffer::append(const char* data, std::size_t size) noexcept {
     const auto used = static_cast<std::size_t>(size_);
-    if (size > capacity_ - used) {
-        // Twice the room each time: a listing of many megabytes comes in pieces of 16 KiB.
-        const std::size_t capacity = std::max(used + size, capacity_ * 2);
-        auto* grown = static_cast<char*>(std::realloc(bytes_.get(), capacity));
-        if (grown == nullptr) {
-            return false;
-        }
-        static_cast<void>(bytes_.release());
-        bytes_.reset(grown);
-        capacity_ = capacity;
+    // Twice the room each time: a listing of many megabytes comes in pieces of 16 KiB.
+    if (size > capacity_ - used && !reserve(std::max(used + size, capacity_ * 2))) {
+        return false;
     }
     if (size != 0) {
         std::memcpy(bytes_.get() + used, data, size);

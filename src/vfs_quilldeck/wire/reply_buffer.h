@@ -11,6 +11,9 @@ namespace vfs_quilldeck {
 /// The growing block in which the bytes of one reply are collected. Moves only.
 class reply_buffer {
 public:
+    /// Makes room for `size` bytes in all; false, with nothing changed, if memory is short.
+    bool reserve(std::size_t size) noexcept;
+
     /// Puts `size` bytes behind what is there; false, with nothing changed, if memory is short.
     bool append(const char* data, std::size_t size) noexcept;
 
