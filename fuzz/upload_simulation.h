@@ -101,7 +101,7 @@ private:
         std::optional<std::size_t> held;
         bool out_of_memory = false;
         try {
-            const fuzz::failing_memory memory(allowed);
+            const support::failing_memory memory(allowed);
             held = log_.offer(view(data));
         } catch (const std::bad_alloc&) {
             out_of_memory = true;

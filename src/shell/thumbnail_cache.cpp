@@ -1,7 +1,7 @@
 #include "shell/thumbnail_cache.h"
 
-#include "shell_items/local_name.h"
 #include "utils/exceptions.h"
+#include "utils/file_name.h"
 #include "utils/filesystem.h"
 
 #include <windows.h>
@@ -39,7 +39,7 @@ std::int64_t seconds_of(const FILETIME& time) {
 
 std::wstring get_thumbnail_path(const std::wstring& id) {
     // An id comes from the network: it must not lead out of the folder.
-    require(is_local_name(id), L"Thumbnail file name is wrong");
+    require(utils::is_file_name(id), L"Thumbnail file name is wrong");
     std::wstring path = get_application_folder();
     for (const wchar_t* name : {L"\\Quilldeck", L"\\Thumbnails"}) {
         path += name;

@@ -1,14 +1,8 @@
-/// Names that come from outside, from the store above all, on their way into a local path.
 #pragma once
 
 #include <string>
-#include <string_view>
 
 namespace shell {
-
-/// Whether `name` can be a part of a local path: it leads to no other folder, device or stream, and
-/// stands for no other names.
-bool is_local_name(std::wstring_view name) noexcept;
 
 /// `name` as one part of a local path: without the dots and blanks at its end, as the platform
 /// makes such a file, since within a path it would not find what it made. Every name that the store

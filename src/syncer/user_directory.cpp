@@ -1,30 +1,13 @@
 #include "syncer/user_directory.h"
 
 #include "syncer/exceptions.h"
+#include "utils/file_name.h"
 #include "utils/filesystem.h"
 #include "utils/narrow.h"
 
-#include <algorithm>
 #include <string_view>
 
 namespace syncer {
-
-namespace {
-
-/// The name of a folder as the platform makes it, which drops blanks and dots at its end. It does
-/// not so where the name stands within a path, and would not find the folder that it made.
-std::wstring_view folder_name_of(std::wstring_view name) {
-    return name.substr(0, name.find_last_not_of(L". ") + 1);
-}
-
-bool is_folder_name(std::wstring_view name) {
-    constexpr std::wstring_view forbidden = L"<>:\"/\\|?*";
-    return !name.empty() && std::ranges::none_of(name, [forbidden](wchar_t c) {
-        return c < L' ' || forbidden.find(c) != std::wstring_view::npos;
-    });
-}
-
-} // namespace
 
 std::filesystem::path user_directory(const std::wstring& user_name, const wchar_t* name,
                                      const char* where) {
@@ -34,8 +17,8 @@ std::filesystem::path user_directory(const std::wstring& user_name, const wchar_
             .append(L"\\")
             .append(name);
     };
-    const std::wstring_view folder = folder_name_of(user_name);
-    if (!is_folder_name(folder)) {
+    const std::wstring_view folder = utils::made_name(user_name);
+    if (!utils::is_file_name(folder)) {
         throw create_directory_exception(where,
                                          utils::narrow(below(user_name)) + " can not be created");
     }

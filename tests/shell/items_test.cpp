@@ -8,7 +8,6 @@
 #include "shell/item_properties.h"
 #include "shell_items/display_text.h"
 #include "shell_items/file_types.h"
-#include "shell_items/local_name.h"
 #include "utils/module.h"
 #include "vfs_quilldeck/items/directory.h"
 #include "vfs_quilldeck/items/file.h"
@@ -113,45 +112,6 @@ TEST_F(items, form_lists) {
         EXPECT_EQ(read_first(bytes.size()), S_OK);
         EXPECT_EQ(bytes_of(read.to_list().get()), bytes_of(list.to_list().get()));
         EXPECT_EQ(read.has_head(), list.has_head());
-    }
-}
-
-TEST_F(items, have_names_that_local_files_can_have_or_not) {
-    const std::wstring longest(255, L'n');
-    for (const std::wstring& name :
-         std::vector<std::wstring>{L"a", L".a", L"a..b", L"console.txt", L"COM10", L"com",
-                                   L"lpt\u00e9", L"It's [a] {b} ^c~ $f; g=h, i@j!", longest}) {
-        EXPECT_EQ(local_name(name), name);
-        EXPECT_EQ(local_name(name + L" . "), name);
-    }
-    for (const std::wstring& name : std::vector<std::wstring>{L"",
-                                                              L".",
-                                                              L"..",
-                                                              L"...",
-                                                              L".. ",
-                                                              L" ",
-                                                              L"a\\b",
-                                                              L"\\",
-                                                              L"..\\a",
-                                                              L"a/b",
-                                                              L"C:",
-                                                              L"a:b",
-                                                              L"a*",
-                                                              L"a?",
-                                                              L"<a",
-                                                              L"a|b",
-                                                              L"\"a",
-                                                              L"a\nb",
-                                                              L"CON",
-                                                              L"con.txt",
-                                                              L"Nul .a.b",
-                                                              L"COM1 .",
-                                                              L"lpt\u00b3.txt",
-                                                              L"conin$",
-                                                              longest + L"n",
-                                                              std::wstring(L"a\0b", 3)}) {
-        EXPECT_FALSE(is_local_name(name)) << name.size();
-        EXPECT_THROW(local_name(name), vfs::exception) << name.size();
     }
 }
 

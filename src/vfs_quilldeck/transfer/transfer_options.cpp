@@ -3,6 +3,7 @@
 #include "vfs_quilldeck/transfer/data_channel.h"
 #include "vfs_quilldeck/transfer/transfer_watch.h"
 #include "vfs_quilldeck/wire/curl_descriptor_cache.h"
+#include "vfs_quilldeck/wire/exceptions.h"
 
 #include <windows.h>
 
@@ -79,9 +80,14 @@ std::optional<std::int64_t> find_stored_size(const transfer_account& account,
     set_transfer_options(lease.get(), account, path);
     const data_channel channel(lease.get(), account);
 
-    auto changed = steady_clock::now();
+    const auto began = steady_clock::now();
+    auto changed = began;
     std::optional<std::int64_t> size = ask_stored_size(lease.get());
     while (size && *size <= question.most && steady_clock::now() - changed < question.rest) {
+        if (steady_clock::now() - began > question.limit) {
+            throw exception(L"Transfer failed",
+                            L"The server goes on changing a file that nothing is sent to");
+        }
         Sleep(pause_milliseconds);
         const auto before = size;
         size = ask_stored_size(lease.get());

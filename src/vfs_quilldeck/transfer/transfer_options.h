@@ -2,6 +2,7 @@
 #pragma once
 
 #include "vfs_quilldeck/transfer/transfer_account.h"
+#include "vfs_quilldeck/transfer/transfer_watch.h"
 
 #include <curl/curl.h>
 
@@ -22,11 +23,15 @@ struct stored_size_question {
     std::chrono::milliseconds rest;
     /// All that was ever sent; a larger size is told as it is, whether it rests or not.
     std::int64_t most = 0;
+    /// How long it is asked for in all. What a server had not yet written when the line broke is
+    /// written by then.
+    std::chrono::milliseconds limit = std::chrono::seconds(transfer_timeout_seconds);
 };
 
 /// The bytes that the transfer host holds under `path`, 0 if there is no such file; nothing if that
 /// cannot be found out. As long as the size grows it goes on asking. Throws an `exception` when
-/// there is no handle, and what a lack of memory raises.
+/// there is no handle or the size grows beyond the question's limit, and what a lack of memory
+/// raises.
 std::optional<std::int64_t> find_stored_size(const transfer_account& account,
                                              const std::string& path,
                                              const stored_size_question& question);

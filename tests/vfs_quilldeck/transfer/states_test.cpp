@@ -1,10 +1,16 @@
+#include "failing_memory.h"
 #include "store_test.h"
 
+#include "vfs_quilldeck/transfer/transfer_options.h"
 #include "vfs_quilldeck/transfer/transfer_stream.h"
+#include "vfs_quilldeck/wire/curl_descriptor_cache.h"
 #include "vfs_quilldeck/wire/text_encoding.h"
 
 #include <array>
+#include <chrono>
+#include <fstream>
 #include <memory>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
@@ -24,7 +30,60 @@ protected:
     std::array<char, 100> buffer{};
 };
 
+/// Does `work` with memory that ends after the first allocation, after the second, and so on until
+/// it succeeds; `check` looks at what each of the failures has left.
+template <class Work, class Check>
+void fail_each_allocation(const Work& work, const Check& check) {
+    for (int allowed = 0;; ++allowed) {
+        ASSERT_LT(allowed, 10'000);
+        try {
+            const support::failing_memory memory(allowed);
+            work();
+            return;
+        } catch (const std::bad_alloc&) {
+            check();
+        } catch (const vfs::exception&) {
+            check();
+        }
+    }
+}
+
 } // namespace
+
+TEST_F(states_test, memory_that_runs_out_leaves_no_half_open_file) {
+    const content data = make_content(100'000, 8);
+    const file_ptr file = store(L"file", data);
+    for (const std::int32_t mode : {vfs::modeRead + 0, overwrite}) {
+        fail_each_allocation([&] { file->open(mode, 0); },
+                             [&] { EXPECT_EQ(file->get_open_mode(), 0); });
+        ASSERT_EQ(file->get_open_mode(), mode);
+        file->abandon();
+    }
+    const std::string location = open_upload(*file);
+    const auto& account = *client->get_transfer_account();
+    fail_each_allocation(
+        [&] { vfs_quilldeck::find_stored_size(account, location, {}); },
+        [&] { EXPECT_EQ(vfs_quilldeck::transfer_descriptor_cache.get_usage().locked, 0U); });
+    // A handle that asked for a size alone is the next download's.
+    EXPECT_TRUE(fetch(L"file") == data);
+}
+
+TEST_F(states_test, a_size_that_never_rests_is_not_waited_for) {
+    const std::string location = open_upload(*store(L"file", {}));
+    const std::jthread server([path = path_of(location)](const std::stop_token& ended) {
+        while (!ended.stop_requested()) {
+            std::ofstream(path, std::ios::app) << 'x' << std::flush;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    });
+    expect_failure(L"Transfer failed",
+                   L"The server goes on changing a file that nothing is sent to", [&] {
+                       vfs_quilldeck::find_stored_size(*client->get_transfer_account(), location,
+                                                       {.rest = std::chrono::seconds(20),
+                                                        .most = 1'000'000'000,
+                                                        .limit = std::chrono::milliseconds(300)});
+                   });
+}
 
 TEST_F(states_test, opening_refuses_what_a_remote_file_does_not_offer) {
     store(L"file", make_content(100'000, 1));

@@ -1,7 +1,7 @@
 /// Memory that runs out on demand.
 #pragma once
 
-namespace fuzz {
+namespace support {
 
 /// While it lives, the allocation after `allowed` more of them by operator new fails, and all that
 /// follow. Below 0 none does.
@@ -13,4 +13,4 @@ public:
     ~failing_memory();
 };
 
-} // namespace fuzz
+} // namespace support

@@ -1,14 +1,16 @@
 #include "failing_memory.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
-namespace fuzz {
+namespace support {
 
 namespace {
 
 constexpr int no_limit = -1;
-int allowed_allocations = no_limit;
+/// All threads take from it.
+std::atomic<int> allowed_allocations = no_limit;
 
 } // namespace
 
@@ -20,7 +22,7 @@ failing_memory::~failing_memory() {
     allowed_allocations = no_limit;
 }
 
-} // namespace fuzz
+} // namespace support
 
 /// The sanitizer takes memory of its own forms of operator new for memory of another kind.
 extern "C" const char* __asan_default_options() {
@@ -28,11 +30,12 @@ extern "C" const char* __asan_default_options() {
 }
 
 void* operator new(std::size_t size) {
-    if (fuzz::allowed_allocations == 0) {
-        throw std::bad_alloc();
+    int allowed = support::allowed_allocations;
+    while (allowed > 0 &&
+           !support::allowed_allocations.compare_exchange_weak(allowed, allowed - 1)) {
     }
-    if (fuzz::allowed_allocations > 0) {
-        --fuzz::allowed_allocations;
+    if (allowed == 0) {
+        throw std::bad_alloc();
     }
     if (void* const memory = std::malloc(size)) {
         return memory;
