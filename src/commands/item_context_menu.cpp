@@ -68,6 +68,22 @@ struct menu_closer {
     void operator()(HMENU menu) const noexcept { DestroyMenu(menu); }
 };
 
+/// The view in a window of this thread. Wine's view sets no site: the window of its browser answers
+/// this message, which no header has, and which another window might take for something else.
+ComPtr<IShellView> view_of_window(HWND owner) {
+    constexpr UINT get_browser = WM_USER + 7;
+    ComPtr<IShellView> view;
+    if (owner && FindWindowExW(owner, nullptr, L"SHELLDLL_DefView", nullptr) &&
+        GetWindowThreadProcessId(owner, nullptr) == GetCurrentThreadId()) {
+        // It stays the window's.
+        auto* browser = reinterpret_cast<IShellBrowser*>(SendMessageW(owner, get_browser, 0, 0));
+        if (browser) {
+            browser->QueryActiveShellView(&view);
+        }
+    }
+    return view;
+}
+
 thread_local bool called_back = false;
 
 HRESULT CALLBACK note_call(IShellFolder*, HWND, IDataObject*, UINT, WPARAM, LPARAM) noexcept {
@@ -161,13 +177,16 @@ HRESULT CItemContextMenu::InvokeCommand(CMINVOKECOMMANDINFO* pici) {
             return E_ACCESSDENIED;
         }
         return entry.command == 0
-                   ? rename()
+                   ? rename(owner)
                    : call_back(owner, DFM_INVOKECOMMAND, static_cast<WPARAM>(entry.command), 0);
     });
 }
 
-HRESULT CItemContextMenu::rename() {
-    const ComPtr<IShellView> view = get_active_view();
+HRESULT CItemContextMenu::rename(HWND owner) {
+    ComPtr<IShellView> view = get_active_view();
+    if (!view) {
+        view = view_of_window(owner);
+    }
     if (!view) {
         return E_FAIL;
     }

@@ -39,8 +39,9 @@ private:
     bool is_allowed(SFGAOF needed) const { return (m_attributes & needed) != 0; }
 
     void insert_standard_entries(HMENU menu, UINT position, UINT first_id) const;
-    /// Begins it in the view that shows the items; E_FAIL where there is none.
-    HRESULT rename();
+    /// Begins it in the view that shows the items: that of the site, or of the window `owner`.
+    /// E_FAIL where there is none.
+    HRESULT rename(HWND owner);
 
     const HWND m_owner;
     const Microsoft::WRL::ComPtr<IDataObject> m_object;

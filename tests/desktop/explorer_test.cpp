@@ -4,6 +4,7 @@
 #include "desktop/drive.h"
 #include "desktop/explorer.h"
 #include "desktop/input.h"
+#include "desktop/item_menu.h"
 #include "desktop/wait.h"
 #include "desktop/windows_of_others.h"
 #include "vfs/directory.h"
@@ -107,6 +108,32 @@ TEST_F(explorer_test, opens_from_my_computer_by_a_double_click) {
     const int place = window.wait_for_row(drive);
     click(window.list().place(place), 2);
     window.wait_for_row(L"Documents");
+}
+
+TEST_F(explorer_test, carries_out_what_the_menu_of_an_item_offers) {
+    const auto folder = documents(support::sign_in());
+    const std::wstring place = L"Documents";
+    const std::wstring name = L"C# + C++ notes.md";
+    const std::wstring new_name = L"Notes.md";
+    explorer window;
+    window.open({drive, place});
+
+    // Answered with No.
+    choose_from_item_menu(window, place, name, L"Delete");
+    const HWND box = wait_for("a question", [] { return find_window(L"#32770", L"Delete File"); });
+    press({VK_TAB});
+    press({VK_RETURN});
+    wait_for("the end of the question", [&] { return !::IsWindow(box); });
+    EXPECT_NE(folder->find_item_by_name(name, true), nullptr);
+
+    choose_from_item_menu(window, place, name, L"Rename");
+    wait_for("the edit of a name", [&] { return window.list().edit(); });
+    press({VK_CONTROL, L'A'});
+    type(new_name);
+    press({VK_RETURN});
+    window.wait_for_row(new_name);
+    EXPECT_NE(folder->find_item_by_name(new_name, true), nullptr);
+    folder->rename_item(new_name, name);
 }
 
 TEST_F(explorer_test, renames_with_f2_and_outlives_a_right_click) {
