@@ -8,6 +8,7 @@
 #include "commands/menus.h"
 #include "commands/playlist.h"
 #include "dialogs/login/sign_in.h"
+#include "dialogs/properties/show_properties.h"
 #include "shell/shell_folder.h"
 #include "shell_items/seams.h"
 #include "transfer/data_object/data_object.h"
@@ -28,7 +29,8 @@ CQuilldeckModule the_module;
 
 CQuilldeckModule::CQuilldeckModule() noexcept : m_formats(com::registered_formats) {
     shell::set_seams({
-        .dialogs = {.sign_in = &dialogs::ensure_logged_in},
+        .dialogs = {.sign_in = &dialogs::ensure_logged_in,
+                    .show_properties = &dialogs::show_properties},
         .transfer = {.create_stream = &transfer::create_stream,
                      .create_data_object = &transfer::create_data_object,
                      .create_drop_target = &transfer::create_drop_target,

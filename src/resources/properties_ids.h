@@ -11,20 +11,20 @@
 #define IDC_ITEM_NAME 354
 #define IDC_NAME_SEPARATOR 355
 #define IDC_TYPE_LABEL 356
-#define IDC_TYPE 357
+#define IDC_ITEM_TYPE 357
 #define IDC_LOCATION_LABEL 358
-#define IDC_LOCATION 359
+#define IDC_ITEM_LOCATION 359
 #define IDC_SIZE_LABEL 360
-#define IDC_SIZE 361
+#define IDC_ITEM_SIZE 361
 // On the page of files below the size, on that of folders below the access.
 #define IDC_DETAILS_SEPARATOR 362
 #define IDC_DATE_LABEL 363
-#define IDC_DATE 364
+#define IDC_ITEM_DATE 364
 #define IDC_LINK_LABEL 365
-#define IDC_LINK 366
+#define IDC_ITEM_LINK 366
 #define IDC_LINK_SEPARATOR 367
 #define IDC_DESCRIPTION_LABEL 368
-#define IDC_DESCRIPTION 369
+#define IDC_ITEM_DESCRIPTION 369
 #define IDC_ACCESS_LABEL 370
 #define IDC_ACCESS_PUBLIC 371
 #define IDC_ACCESS_HIDDEN 372
@@ -32,7 +32,7 @@
 // On the page of files below the access, on that of folders below the contents.
 #define IDC_CONTENTS_SEPARATOR 374
 #define IDC_CONTAINS_LABEL 376
-#define IDC_CONTAINS 377
+#define IDC_ITEM_CONTAINS 377
 #define IDC_PRICE_FREE 494
 #define IDC_PRICE_PAID 495
 #define IDC_PRICE 496

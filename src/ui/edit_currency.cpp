@@ -1,8 +1,10 @@
 #include "ui/edit_currency.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string>
+#include <system_error>
 
 namespace ui {
 
@@ -33,12 +35,12 @@ double CEditCurrency::get_value() const {
     return std::isfinite(value) ? value : 0;
 }
 
-void CEditCurrency::set_value(double value) {
+std::wstring CEditCurrency::format(double value) {
     // The largest number has 309 digits in front of the point.
     char digits[320];
     const auto [end, error] = std::to_chars(std::begin(digits), std::end(digits), value,
                                             std::chars_format::fixed, static_cast<int>(decimals));
-    SetWindowTextW(handle(), std::wstring(std::begin(digits), end).c_str());
+    return error == std::errc() ? std::wstring(std::begin(digits), end) : std::wstring();
 }
 
 bool CEditCurrency::accepts(wchar_t key) const {

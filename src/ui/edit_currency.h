@@ -2,6 +2,8 @@
 
 #include "ui/subclassed_window.h"
 
+#include <string>
+
 namespace ui {
 
 /// An edit control for an amount of money: digits, and one "." or "," with at most two digits
@@ -14,8 +16,8 @@ public:
     /// The number that the text begins with, of which a "." parts the decimals in every locale;
     /// 0 without one.
     double get_value() const;
-    /// Shows an amount with two decimals.
-    void set_value(double value);
+    /// An amount as it is shown, with two decimals.
+    static std::wstring format(double value);
 
 protected:
     LRESULT on_message(UINT message, WPARAM wparam, LPARAM lparam) override;

@@ -18,6 +18,7 @@ struct gdi_object_traits {
 };
 
 using unique_font = utils::unique_resource<gdi_object_traits<HFONT>>;
+using unique_brush = utils::unique_resource<gdi_object_traits<HBRUSH>>;
 using unique_bitmap = utils::unique_resource<gdi_object_traits<HBITMAP>>;
 using unique_brush = utils::unique_resource<gdi_object_traits<HBRUSH>>;
 using unique_pen = utils::unique_resource<gdi_object_traits<HPEN>>;
