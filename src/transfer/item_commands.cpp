@@ -17,7 +17,7 @@ namespace {
 const selection& selection_of(IDataObject& items) {
     Microsoft::WRL::ComPtr<IDataObjectImpl> ours;
     com::check(items.QueryInterface(IID_PPV_ARGS(&ours)));
-    const selection& selected = static_cast<CDataObjectImpl*>(ours.Get())->get_selection();
+    const selection& selected = static_cast<CDataObjectImpl&>(*ours.Get()).get_selection();
     if (!selected.folder) {
         throw com::status_exception(E_UNEXPECTED);
     }
