@@ -7,6 +7,7 @@
 #include <wrl/client.h>
 
 #include <atomic>
+#include <cstring>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -60,7 +61,11 @@ public:
         if (!result) {
             return E_POINTER;
         }
-        *result = find(iid);
+        // A copy: the platform's proxies name interfaces by what lies at any address in their
+        // tables, where no reference may lead.
+        IID wanted;
+        std::memcpy(&wanted, &iid, sizeof(wanted));
+        *result = find(wanted);
         if (!*result) {
             return E_NOINTERFACE;
         }

@@ -82,20 +82,4 @@ void write_to_drive(const std::wstring& folder, const std::wstring& name,
     check(written == content.size() ? S_OK : E_FAIL);
 }
 
-DWORD drop_on_drive(const std::wstring& folder, const std::wstring& local_path) {
-    const com::unique_id_list list = parse(*desktop_folder().Get(), local_path);
-    ComPtr<IShellFolder> parent;
-    PCUITEMID_CHILD child = nullptr;
-    check(::SHBindToParent(list.get(), IID_PPV_ARGS(&parent), &child));
-    ComPtr<IDataObject> data;
-    check(parent->GetUIObjectOf(nullptr, 1, &child, __uuidof(IDataObject), nullptr,
-                                reinterpret_cast<void**>(data.GetAddressOf())));
-    ComPtr<IDropTarget> target;
-    check(drive_folder(folder)->CreateViewObject(nullptr, IID_PPV_ARGS(&target)));
-    DWORD effect = DROPEFFECT_COPY;
-    check(target->DragEnter(data.Get(), 0, {}, &effect));
-    check(target->Drop(data.Get(), 0, {}, &effect));
-    return effect;
-}
-
 } // namespace desktop

@@ -27,8 +27,4 @@ std::vector<char> read_from_drive(const std::wstring& path);
 void write_to_drive(const std::wstring& folder, const std::wstring& name,
                     const std::vector<char>& content);
 
-/// Drops a local file or folder on a folder of the drive, as the file manager does. Returns when
-/// that is over; answers the effect that the drive reports.
-DWORD drop_on_drive(const std::wstring& folder, const std::wstring& local_path);
-
 } // namespace desktop

@@ -79,7 +79,10 @@ void explorer::open(const std::vector<std::wstring>& path) {
         }
         item = wait_for(narrow(name) + " in the tree", [&] { return shown.child(item, name); });
     }
-    click(resting([&] { return shown.place(item); }));
+    // A second click on the open folder would begin to rename it.
+    if (shown.selected() != item) {
+        click(resting([&] { return shown.place(item); }));
+    }
 }
 
 void explorer::wait_until_closed() const {

@@ -48,6 +48,31 @@ INPUT button_event(POINT screen, DWORD flags) {
     return event;
 }
 
+/// The left button, down at a point for as long as this lives and up where the pointer is then.
+class held_button {
+public:
+    explicit held_button(POINT screen) : at_(screen) {
+        point_at(screen);
+        send({button_event(screen, MOUSEEVENTF_LEFTDOWN)});
+    }
+
+    held_button(const held_button&) = delete;
+    held_button& operator=(const held_button&) = delete;
+
+    ~held_button() {
+        INPUT event = button_event(at_, MOUSEEVENTF_LEFTUP);
+        ::SendInput(1, &event, sizeof(INPUT));
+    }
+
+    void move(POINT screen) {
+        at_ = screen;
+        send({button_event(screen, 0)});
+    }
+
+private:
+    POINT at_;
+};
+
 } // namespace
 
 void click(POINT screen, int count) {
@@ -61,6 +86,19 @@ void click(POINT screen, int count) {
 void right_click(POINT screen) {
     point_at(screen);
     send({button_event(screen, MOUSEEVENTF_RIGHTDOWN), button_event(screen, MOUSEEVENTF_RIGHTUP)});
+}
+
+void drag(POINT from, POINT to) {
+    constexpr int steps = 12;
+    constexpr DWORD pause = 40;
+    held_button button(from);
+    for (int step = 1; step <= steps; ++step) {
+        button.move(
+            {from.x + (to.x - from.x) * step / steps, from.y + (to.y - from.y) * step / steps});
+        ::Sleep(pause);
+    }
+    point_at(to);
+    button.move(to);
 }
 
 void press(std::initializer_list<WORD> keys) {

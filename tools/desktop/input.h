@@ -14,6 +14,9 @@ void click(POINT screen, int count = 1);
 /// The same with the right button.
 void right_click(POINT screen);
 
+/// Takes what lies at one point with the left button, and drops it at another one.
+void drag(POINT from, POINT to);
+
 /// Presses the keys in order and lets them go in the opposite one: `press({VK_MENU, VK_F4})`.
 void press(std::initializer_list<WORD> keys);
 

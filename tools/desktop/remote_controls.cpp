@@ -134,6 +134,10 @@ HTREEITEM tree_view::root() const {
     return reinterpret_cast<HTREEITEM>(::SendMessageW(window_, TVM_GETNEXTITEM, TVGN_ROOT, 0));
 }
 
+HTREEITEM tree_view::selected() const {
+    return reinterpret_cast<HTREEITEM>(::SendMessageW(window_, TVM_GETNEXTITEM, TVGN_CARET, 0));
+}
+
 HTREEITEM tree_view::child(HTREEITEM parent, const std::wstring& name) const {
     auto item =
         parent ? reinterpret_cast<HTREEITEM>(::SendMessageW(window_, TVM_GETNEXTITEM, TVGN_CHILD,

@@ -73,6 +73,8 @@ public:
     HWND window() const noexcept { return window_; }
 
     HTREEITEM root() const;
+    /// Null when there is none.
+    HTREEITEM selected() const;
     /// The child of `parent` (null: the top level) that shows `name`; null when there is none.
     HTREEITEM child(HTREEITEM parent, const std::wstring& name) const;
     std::wstring text(HTREEITEM item) const;

@@ -4,6 +4,7 @@
 /// At moments worth a picture it prints "picture NAME" and waits for a line in return. The exit
 /// code is 0 when everything was as it should be.
 
+#include "drag_walk.h"
 #include "drive.h"
 #include "explorer.h"
 #include "input.h"
@@ -88,75 +89,6 @@ void read_and_write(explorer& window) {
     remove_if_there(*folder, name);
 }
 
-/// A local folder to drop, gone at the end.
-class local_folder {
-public:
-    explicit local_folder(const std::wstring& name)
-        : path_(std::filesystem::temp_directory_path() / name) {
-        std::filesystem::create_directories(path_);
-    }
-
-    local_folder(const local_folder&) = delete;
-    local_folder& operator=(const local_folder&) = delete;
-
-    ~local_folder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-
-    void put(const std::wstring& name, std::size_t size) const {
-        const std::vector<char> content(size, 'q');
-        std::ofstream(path_ / name, std::ios::binary)
-            .write(content.data(), static_cast<std::streamsize>(size));
-    }
-
-    std::wstring path() const { return path_.native(); }
-
-private:
-    const std::filesystem::path path_;
-};
-
-void answer(const wchar_t* caption, const std::string& picture, int button) {
-    const HWND box =
-        wait_for("the question " + picture, [&] { return find_window(L"#32770", caption); });
-    take_picture(picture);
-    ::PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(button), 0);
-    wait_for("the end of the question " + picture, [&] { return !::IsWindow(box); });
-}
-
-void drop_twice(explorer& window) {
-    const std::wstring name = L"Journey";
-    constexpr std::size_t film = 150'000'000;
-    const auto folder = stored_folder(documents);
-    remove_if_there(*folder, name);
-    const local_folder journey(name);
-    journey.put(L"A short film.mp4", film);
-    DWORD effect = DROPEFFECT_NONE;
-    const auto drop = [&] {
-        return std::thread([&] {
-            const com::apartment apartment;
-            effect = drop_on_drive(L"Documents", journey.path());
-        });
-    };
-    // What it throws ends the program, and so fails the walk.
-    std::thread dropping = drop();
-    wait_for("the progress dialog", [] { return find_window(L"", L"Copying..."); });
-    take_picture("dropped");
-    dropping.join();
-    require(effect == DROPEFFECT_COPY, "a folder was dropped on the drive");
-    // The dialog had the keyboard.
-    click(middle_of(window.list().window()));
-    press({VK_F5});
-    window.wait_for_row(name);
-
-    dropping = drop();
-    answer(L"Confirm folder merge", "merge", IDYES);
-    answer(L"Confirm file replace", "replace", IDCANCEL);
-    dropping.join();
-    require(effect == DROPEFFECT_NONE, "nothing was replaced when the user did not want it");
-    remove_if_there(*folder, name);
-}
-
 void walk() {
     const com::apartment apartment;
     explorer window;
@@ -175,7 +107,7 @@ void walk() {
     window.open({drive, L"Documents"});
     rename_and_back(window);
     read_and_write(window);
-    drop_twice(window);
+    drag_out_and_in(window);
 }
 
 } // namespace
