@@ -4,6 +4,8 @@
 #include "com/memory.h"
 #include "dialogs/properties/file_general_dialog.h"
 #include "dialogs/properties/folder_general_dialog.h"
+#include "dialogs/properties/page_choice.h"
+#include "dialogs/properties/share_page.h"
 #include "resources/properties_ids.h"
 #include "resources/resource_ids.h"
 #include "resources/string_ids.h"
@@ -117,6 +119,9 @@ void CPropertiesFileDlg::create_pages() {
     } else {
         add_page(page_kind::general, std::make_unique<CPropertiesFolderGeneralDlg>(self),
                  IDS_TAB_GENERAL);
+    }
+    if (has_share_page(m_items)) {
+        add_page(page_kind::sharing, create_share_page(self), IDS_TAB_SHARING);
     }
 }
 
