@@ -76,6 +76,9 @@ bool CPropertiesFileDlg::on_init() {
     select_start_page();
     load_pages();
     ui::center_window(handle());
+    // By itself it would come up when there are no more messages, such as that of a failure, whose
+    // box would be there before.
+    ShowWindow(handle(), SW_SHOW);
     return true;
 }
 
