@@ -79,7 +79,8 @@ bool CPropertiesFileDlg::on_init() {
     // By itself it would come up when there are no more messages, such as that of a failure, whose
     // box would be there before.
     ShowWindow(handle(), SW_SHOW);
-    return true;
+    focus(GetNextDlgTabItem(handle(), nullptr, FALSE));
+    return false;
 }
 
 void CPropertiesFileDlg::load_icons() {

@@ -14,11 +14,14 @@ std::shared_ptr<vfs::directory> as_directory(const vfs::item_ptr& item) {
 
 } // namespace
 
-properties_test::properties_test() {
+vfs_quilldeck::client properties_test::sign_in() {
     vfs_quilldeck::ensure_pc_id();
+    return {L"demo", L"demo"};
+}
+
+properties_test::properties_test() {
     m_control.reset();
-    m_client.emplace(L"demo", L"demo");
-    const auto home = as_directory(m_client->get_directory(L"Documents", false));
+    const auto home = as_directory(m_client.get_directory(L"Documents", false));
     static int number = 0;
     const std::wstring name =
         L"Properties " + std::to_wstring(GetTickCount64()) + L" " + std::to_wstring(++number);
@@ -59,14 +62,15 @@ void properties_test::open(shell::selection items, int start_page) {
         m_result = CPropertiesFileDlg(std::move(items), start_page).do_modal(nullptr);
     });
     m_dialog = support::await_dialog(title.c_str());
+    // It is seen a moment before the focus is where it stays; messages are answered afterwards.
+    SendMessageW(m_dialog, WM_NULL, 0, 0);
 }
 
 HWND properties_test::control(int id) const {
-    const HWND own = GetDlgItem(m_dialog, id);
+    HWND found = GetDlgItem(m_dialog, id);
     const HWND tabs = GetDlgItem(m_dialog, 351);
-    HWND found = own;
     for (HWND page = nullptr; !found && (page = FindWindowExW(tabs, page, L"#32770", nullptr));) {
-        found = GetDlgItem(page, id);
+        found = IsWindowVisible(page) ? GetDlgItem(page, id) : nullptr;
     }
     return found;
 }

@@ -10,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -36,7 +35,7 @@ protected:
     /// Waits until no loader has anything to tell: `id` of the general page has this text.
     bool shows(int id, const std::wstring& text) const;
 
-    /// A control of the dialog or of its general page.
+    /// A control of the dialog or of the page that is seen.
     HWND control(int id) const;
 
     std::wstring text_of(int id) const { return support::text_of(control(id)); }
@@ -61,12 +60,14 @@ protected:
     void fail(const std::string& action, int count = 1'000'000);
 
     support::store_control m_control{support::environment("QUILLDECK_TEST_HTTPS_URL")};
-    std::optional<vfs_quilldeck::client> m_client;
+    vfs_quilldeck::client m_client = sign_in();
     /// New and empty.
     std::shared_ptr<vfs::directory> m_folder;
     HWND m_dialog = nullptr;
 
 private:
+    static vfs_quilldeck::client sign_in();
+
     std::thread m_host;
     INT_PTR m_result = 0;
 };
