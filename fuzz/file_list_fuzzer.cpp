@@ -1,7 +1,7 @@
 /// Lists of dropped paths: what is said to be whole is read as the platform reads it, without a
 /// look at the end of the block.
 #include "check.h"
-#include "transfer/local_items/file_list_block.h"
+#include "shell_items/file_list_block.h"
 
 #include <cstdint>
 #include <cstring>
@@ -31,7 +31,7 @@ std::size_t count_paths(const std::byte* list) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::vector<std::byte> block(reinterpret_cast<const std::byte*>(data),
                                        reinterpret_cast<const std::byte*>(data) + size);
-    if (const auto count = transfer::count_of_paths(block)) {
+    if (const auto count = shell::count_of_paths(block)) {
         std::uint32_t offset = 0;
         std::memcpy(&offset, block.data(), sizeof offset);
         std::uint32_t wide = 0;

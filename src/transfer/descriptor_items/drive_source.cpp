@@ -1,7 +1,7 @@
 #include "transfer/descriptor_items/drive_source.h"
 
 #include "com/clipboard_formats.h"
-#include "com/media.h"
+#include "shell_items/id_list_array.h"
 #include "shell_items/id_list_bytes.h"
 #include "shell_items/item_id_list.h"
 #include "transfer/format_values.h"
@@ -12,51 +12,12 @@
 #include <shlobj.h>
 
 #include <algorithm>
-#include <cstdint>
-#include <cstring>
 #include <span>
 #include <vector>
 
 namespace transfer {
 
 namespace {
-
-/// The array of lists of a data object, as a global block. Throws `status_exception`.
-com::medium request_lists(IDataObject& data) {
-    FORMATETC format = format_of(com::registered_formats.shell_id_list_array);
-    com::medium block;
-    com::check(data.GetData(&format, block.put()));
-    if (block.get().tymed != TYMED_HGLOBAL) {
-        throw com::status_exception(DV_E_TYMED);
-    }
-    return block;
-}
-
-/// The first list of an array of lists, the folder's, is an absolute one: behind the entries that
-/// lead to the drive come records of ours.
-std::vector<shell::PIDLDATA> folder_records(std::span<const std::byte> array) {
-    constexpr std::size_t first_offset = offsetof(CIDA, aoffset);
-    std::uint32_t begin = 0;
-    if (array.size() >= first_offset + sizeof begin) {
-        std::memcpy(&begin, array.data() + first_offset, sizeof begin);
-    }
-    if (begin == 0 || begin > array.size() || !shell::holds_whole_list(array.subspan(begin))) {
-        throw com::status_exception(E_INVALIDARG);
-    }
-    std::vector<shell::PIDLDATA> records;
-    auto left = shell::entries_of(array.data() + begin);
-    while (!left.empty()) {
-        const auto entry = left.first(shell::entry_size(left.data()));
-        left = left.subspan(entry.size());
-        const auto record = shell::read_record(entry);
-        if (record) {
-            records.push_back(*record);
-        } else if (!records.empty()) {
-            throw com::status_exception(E_INVALIDARG);
-        }
-    }
-    return records;
-}
 
 std::shared_ptr<vfs::directory> directory_of(const vfs::item_ptr& item) {
     auto directory = std::dynamic_pointer_cast<vfs::directory>(item);
@@ -69,9 +30,21 @@ std::shared_ptr<vfs::directory> directory_of(const vfs::item_ptr& item) {
 } // namespace
 
 std::vector<shell::PIDLDATA> folder_records_of(IDataObject& data) {
-    const com::medium array = request_lists(data);
-    const com::global_lock locked(array.get().hGlobal);
-    return folder_records(locked.bytes());
+    // An absolute list: behind the entries that lead to the drive come records of ours.
+    const shell::id_list_array array(data);
+    std::vector<shell::PIDLDATA> records;
+    auto left = shell::entries_of(array.folder());
+    while (!left.empty()) {
+        const auto entry = left.first(shell::entry_size(left.data()));
+        left = left.subspan(entry.size());
+        const auto record = shell::read_record(entry);
+        if (record) {
+            records.push_back(*record);
+        } else if (!records.empty()) {
+            throw com::status_exception(E_INVALIDARG);
+        }
+    }
+    return records;
 }
 
 bool drive_source::is_ours() {

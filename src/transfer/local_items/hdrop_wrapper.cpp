@@ -1,7 +1,7 @@
 #include "transfer/local_items/hdrop_wrapper.h"
 
 #include "com/media.h"
-#include "transfer/local_items/file_list_block.h"
+#include "shell_items/file_list_block.h"
 #include "transfer/local_items/hdrop_directory.h"
 #include "transfer/local_items/local_path.h"
 
@@ -47,7 +47,7 @@ CHDROPWrapper::CHDROPWrapper(HGLOBAL hGlobal) {
         fail(L"hGlobal is NULL");
     }
     const com::global_lock locked = lock(hGlobal);
-    const auto count = count_of_paths(locked.bytes());
+    const auto count = shell::count_of_paths(locked.bytes());
     if (!count) {
         fail_to_read(ERROR_INVALID_DATA);
     }

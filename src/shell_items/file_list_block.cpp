@@ -1,10 +1,10 @@
-#include "transfer/local_items/file_list_block.h"
+#include "shell_items/file_list_block.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 
-namespace transfer {
+namespace shell {
 
 namespace {
 
@@ -43,4 +43,4 @@ std::optional<std::size_t> count_of_paths(std::span<const std::byte> block) noex
     return std::nullopt;
 }
 
-} // namespace transfer
+} // namespace shell
