@@ -2,6 +2,8 @@
 
 #include "com/class_ids.h"
 #include "dialogs/drive/properties_drive.h"
+#include "dialogs/sync/properties_sync.h"
+#include "local/context_menu.h"
 #include "local/overlay_icon.h"
 #include "resources/resource_ids.h"
 #include "shell/shell_folder.h"
@@ -62,6 +64,15 @@ void update_shell_folder(com::registrar& scripts, com::registration direction) {
     complete_shell_folder(id, direction);
 }
 
+void update_local_menu(com::registrar& scripts, com::registration direction) {
+    scripts.run(IDR_LOCAL_CONTEXT_MENU, direction);
+}
+
+void update_sync_properties(com::registrar& scripts, com::registration direction) {
+    scripts.replace(L"APP_NAME", application_name);
+    scripts.run(IDR_SYNC_PROPERTY_SHEET, direction);
+}
+
 void update_overlay_icon(com::registrar& scripts, com::registration direction) {
     scripts.run(IDR_OVERLAY_ICON, direction);
 }
@@ -86,6 +97,10 @@ constinit object_map_entry classes[] = {
      &update_shell_folder},
     {com::CLSID_DataObjectImpl, com::class_factory(&com::create<transfer::CDataObjectImpl>),
      nullptr},
+    {com::CLSID_ShellContextMenu, com::class_factory(&com::create<local::CShellContextMenu>),
+     &update_local_menu},
+    {com::CLSID_PropertiesSyncDlg, com::class_factory(&com::create<dialogs::CPropertiesSyncDlg>),
+     &update_sync_properties},
     {com::CLSID_ShellOverlayIcon, com::class_factory(&com::create<local::CShellOverlayIcon>),
      &update_overlay_icon},
     {com::CLSID_PropertiesDriveDlg, com::class_factory(&com::create<dialogs::CPropertiesDriveDlg>),

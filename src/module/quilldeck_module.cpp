@@ -9,6 +9,8 @@
 #include "commands/playlist.h"
 #include "dialogs/login/sign_in.h"
 #include "dialogs/properties/show_properties.h"
+#include "dialogs/sync/sync_manager.h"
+#include "local/property_sheet.h"
 #include "shell/shell_folder.h"
 #include "shell_items/seams.h"
 #include "transfer/data_object/data_object.h"
@@ -30,7 +32,8 @@ CQuilldeckModule the_module;
 CQuilldeckModule::CQuilldeckModule() noexcept : m_formats(com::registered_formats) {
     shell::set_seams({
         .dialogs = {.sign_in = &dialogs::ensure_logged_in,
-                    .show_properties = &dialogs::show_properties},
+                    .show_properties = &dialogs::show_properties,
+                    .show_sync_manager = &dialogs::show_sync_manager},
         .transfer = {.create_stream = &transfer::create_stream,
                      .create_data_object = &transfer::create_data_object,
                      .create_drop_target = &transfer::create_drop_target,
@@ -46,6 +49,7 @@ CQuilldeckModule::CQuilldeckModule() noexcept : m_formats(com::registered_format
                      .create_command_provider = &commands::create_command_provider,
                      .create_item_menu = &commands::create_item_menu,
                      .create_background_menu = &commands::create_background_menu},
+        .local = {.back_up_profile = &local::back_up_profile},
     });
 }
 

@@ -17,3 +17,6 @@
 #define IDI_SYNC 2001
 #define IDI_BOUND 2002
 #define IDI_BOUND_INDEX 3
+
+// Pictures of menus, with 0xFF00FF where there is nothing.
+#define IDB_SYNC 2205

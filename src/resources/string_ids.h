@@ -4,6 +4,10 @@
 // The store, where a path begins with it.
 #define IDS_STORE 1000
 
+// Where items are bound: the title of the choosers, and what stands for several items.
+#define IDS_SELECT_FOLDER 1004
+#define IDS_MULTIPLE_ITEMS 1005
+
 // A new account: the caption, of its success too, and the text of that.
 #define IDS_NEW_PROFILE_ERROR 1012
 #define IDS_NEW_PROFILE_CREATED 1013
@@ -69,8 +73,10 @@
 #define IDS_NEW_FOLDER_NAME 1501
 #define IDS_MENU_OPEN 1502
 #define IDS_MENU_SHARE 1503
+#define IDS_MENU_SYNCHRONIZE_LOCAL 1504
 #define IDS_MENU_RESTORE 1506
 #define IDS_MENU_SYNCHRONIZE 1507
+#define IDS_MENU_BACK_UP_LOCAL 1508
 #define IDS_MENU_DELETE 1510
 #define IDS_MENU_RENAME 1511
 #define IDS_MENU_PROPERTIES 1512
@@ -107,6 +113,14 @@
 // The drive's properties.
 #define IDS_DRIVE_GENERAL 1700
 #define IDS_UNLIMITED 1701
+
+// The page of local items that binds them, and what is refused there and on that of remote ones:
+// captions with their texts.
+#define IDS_LOCAL_SYNC_PAGE 1702
+#define IDS_WRONG_PATH 1705
+#define IDS_PATH_REFUSED 1706
+#define IDS_BINDINGS_FAILED 1707
+#define IDS_BINDINGS_CHANGED 1708
 
 // Opening: what the progress dialog shows.
 #define IDS_DOWNLOADING 1800

@@ -33,6 +33,8 @@ struct binding_rule {
     std::int32_t can_remove_remote_dir = 0;
     std::int32_t can_remove_local = 0;
     std::int32_t can_remove_local_dir = 0;
+
+    friend bool operator==(const binding_rule&, const binding_rule&) = default;
 };
 
 inline constexpr binding_rule full_sync_rule{};

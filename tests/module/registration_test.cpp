@@ -29,6 +29,8 @@ constexpr const char* expected[] = {
     R"(HKLM\Software\Classes\CLSID\{5FA947B5-650A-4374-8A9A-5EFA4F126834}\ShellEx\PropertySheetHandlers\{EAD140F5-1353-4001-915D-26E29BA8C9A8} @="Quilldeck Property Sheet")",
     R"(HKLM\Software\Classes\Quilldeck\ShellEx\PropertySheetHandlers\{EAD140F5-1353-4001-915D-26E29BA8C9A8} @="Quilldeck Property Sheet")",
     R"(HKLM\Software\Microsoft\Windows\CurrentVersion\Shell Extensions\Approved "{EAD140F5-1353-4001-915D-26E29BA8C9A8}"="Quilldeck Property Sheet")",
+    R"(HKLM\Software\Classes\AllFileSystemObjects\ShellEx\ContextMenuHandlers\Quilldeck_ShellContextMenu @="{B01DA3B5-7AAE-4E91-8D0F-01949CF14A58}")",
+    R"(HKLM\Software\Classes\AllFileSystemObjects\ShellEx\PropertySheetHandlers\Quilldeck_Property_Sheet_Sync @="{44CDC918-DCCF-4A7B-9653-6D545B5530A9}")",
     R"(HKLM\Software\Classes\Typelib\{FB02A5A4-B11F-4C9F-AA4C-485D4D03D779}\1.0\0\win64 @="MODULE")",
     R"(HKLM\Software\Classes\Interface\{10CB142B-E382-4928-8B6A-7B2B32EACC64}\TypeLib @="{FB02A5A4-B11F-4C9F-AA4C-485D4D03D779}")",
 };
@@ -36,9 +38,9 @@ constexpr const char* expected[] = {
 constexpr auto class_keys = R"(HKLM\Software\Classes\CLSID\)";
 /// Those that others find in the registry.
 constexpr const char* registered_classes[] = {
-    "{5FA947B5-650A-4374-8A9A-5EFA4F126834}",
-    "{3268FFAC-39F2-4058-BE09-7396DB121F4A}",
-    "{EAD140F5-1353-4001-915D-26E29BA8C9A8}",
+    "{5FA947B5-650A-4374-8A9A-5EFA4F126834}", "{3268FFAC-39F2-4058-BE09-7396DB121F4A}",
+    "{EAD140F5-1353-4001-915D-26E29BA8C9A8}", "{B01DA3B5-7AAE-4E91-8D0F-01949CF14A58}",
+    "{44CDC918-DCCF-4A7B-9653-6D545B5530A9}",
 };
 
 /// Where other programs have entries beside ours.

@@ -6,10 +6,12 @@
 #include "dialogs/properties/folder_general_dialog.h"
 #include "dialogs/properties/page_choice.h"
 #include "dialogs/properties/share_page.h"
+#include "dialogs/properties/sync_page.h"
 #include "resources/properties_ids.h"
 #include "resources/resource_ids.h"
 #include "resources/string_ids.h"
 #include "shell_items/seams.h"
+#include "shell_items/sync_page_mode.h"
 #include "ui/gdi.h"
 #include "ui/message.h"
 #include "ui/placement.h"
@@ -126,6 +128,13 @@ void CPropertiesFileDlg::create_pages() {
     }
     if (has_share_page(m_items)) {
         add_page(page_kind::sharing, create_share_page(self), IDS_TAB_SHARING);
+    }
+    if (has_sync_page(m_items)) {
+        const bool starts =
+            m_start_page >= static_cast<int>(shell::properties_page::synchronization);
+        add_page(page_kind::synchronization,
+                 create_sync_page(self, starts ? m_start_page : shell::sync_mode_of_bindings),
+                 IDS_TAB_SYNC);
     }
 }
 
