@@ -58,24 +58,24 @@ void bare_transfer::upload(const std::string& location, std::int64_t size) {
     perform();
 }
 
-std::int64_t bare_transfer::download(const std::string& location, bool read_ahead) {
+int bare_transfer::download(const std::string& location, bool read_ahead) {
     curl_easy_setopt(handle_, CURLOPT_SSL_CTX_FUNCTION, nullptr);
     curl_easy_setopt(handle_, CURLOPT_OPENSOCKETFUNCTION, nullptr);
     std::optional<vfs_quilldeck::data_channel> channel;
     if (read_ahead) {
         channel.emplace(handle_, account_);
     }
-    received_ = 0;
+    pieces_ = 0;
     set_common(location);
     curl_easy_setopt(handle_, CURLOPT_UPLOAD, 0L);
     curl_easy_setopt(handle_, CURLOPT_WRITEDATA, this);
     const auto take = [](char*, std::size_t one, std::size_t count, void* user) {
-        static_cast<bare_transfer*>(user)->received_ += static_cast<std::int64_t>(one * count);
+        ++static_cast<bare_transfer*>(user)->pieces_;
         return one * count;
     };
     curl_easy_setopt(handle_, CURLOPT_WRITEFUNCTION, static_cast<curl_write_callback>(take));
     perform();
-    return received_;
+    return pieces_;
 }
 
 } // namespace bench

@@ -20,9 +20,9 @@ public:
 
     /// Uploads `size` bytes of a pattern to a location.
     void upload(const std::string& location, std::int64_t size);
-    /// Downloads a location, looks at no byte, and answers how many there were. With `read_ahead`
-    /// the data channel is tuned as the client's own is.
-    std::int64_t download(const std::string& location, bool read_ahead = false);
+    /// Downloads a location, looks at no byte, and answers in how many pieces libcurl handed them
+    /// over. With `read_ahead` the data channel is tuned as the client's own is.
+    int download(const std::string& location, bool read_ahead = false);
 
 private:
     void set_common(const std::string& location);
@@ -31,7 +31,7 @@ private:
     const vfs_quilldeck::transfer_account account_;
     CURL* handle_;
     std::int64_t left_ = 0;
-    std::int64_t received_ = 0;
+    int pieces_ = 0;
 };
 
 } // namespace bench

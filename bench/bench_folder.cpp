@@ -76,13 +76,14 @@ void bench_folder::upload_bare(const std::wstring& name, std::int64_t size) {
                                 {L"is_pro", L"0"}});
 }
 
-void bench_folder::download_bare(const std::wstring& id, const std::string& location,
-                                 bool read_ahead) {
+int bench_folder::download_bare(const std::wstring& id, const std::string& location,
+                                bool read_ahead) {
     client_.operations_request(
         {{L"action", L"open_file_download"}, {L"file_id", id}, {L"is_pro", L"0"}});
-    bare_.download(location, read_ahead);
+    const int pieces = bare_.download(location, read_ahead);
     client_.operations_request(
         {{L"action", L"close_file_download"}, {L"file_id", id}, {L"is_pro", L"0"}});
+    return pieces;
 }
 
 void bench_folder::list_bare() {

@@ -22,8 +22,8 @@ public:
     void upload(const std::wstring& name, std::int64_t size);
     void download(const vfs::item_ptr& item);
     void upload_bare(const std::wstring& name, std::int64_t size);
-    void download_bare(const std::wstring& id, const std::string& location,
-                       bool read_ahead = false);
+    /// Answers in how many pieces libcurl handed the bytes over.
+    int download_bare(const std::wstring& id, const std::string& location, bool read_ahead = false);
 
     void list_bare();
     /// With the looks for the name and for what was made.

@@ -34,14 +34,13 @@ void report_speed(const std::string& what, std::int64_t bytes, const bench::pair
 
 /// What is left between us and a loop that reads ahead as we do are the changes of threads: at
 /// least 0.9 of its speed, and what each of them costs.
-void report_hand_overs(const std::string& server, std::int64_t bytes,
+void report_hand_overs(const std::string& server, std::int64_t bytes, int hand_overs,
                        const bench::paired_times& times) {
     const double ratio = 1 / times.ratio();
-    const double hand_overs = static_cast<double>(bytes) / CURL_MAX_WRITE_SIZE;
     const double seconds = bench::median(times.ours) - bench::median(times.peer);
     bench::report(server + ": down, peer reads ahead too", speed(bytes, times.ours),
                   speed(bytes, times.peer), ratio, "at least 0.9", ratio >= 0.9);
-    std::printf("    each of %.0f hand-overs costs %.0f us\n", hand_overs,
+    std::printf("    each of %d hand-overs costs %.1f us\n", hand_overs,
                 seconds / hand_overs * 1e6);
 }
 
@@ -72,10 +71,11 @@ void measure_large(bench::bench_folder& folder, const std::string& server, std::
                  bench::measure_in_turns(
                      repeats, [&] { folder.download(entry.item); },
                      [&] { folder.download_bare(entry.id, entry.location); }));
-    report_hand_overs(server, bytes,
-                      bench::measure_in_turns(
-                          repeats, [&] { folder.download(entry.item); },
-                          [&] { folder.download_bare(entry.id, entry.location, true); }));
+    int hand_overs = 0;
+    const auto times = bench::measure_in_turns(
+        repeats, [&] { folder.download(entry.item); },
+        [&] { hand_overs = folder.download_bare(entry.id, entry.location, true); });
+    report_hand_overs(server, bytes, hand_overs, times);
     folder.clear();
 }
 

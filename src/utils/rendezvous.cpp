@@ -37,41 +37,46 @@ void rendezvous::reset() noexcept {
     taker_looks_ = most_looks;
 }
 
-void rendezvous::give() noexcept {
-    {
+void rendezvous::set(std::atomic<bool>& event) noexcept {
+    event = true;
+    // Either this side sees that the other one is about to sleep, or that one sees the event.
+    if (sleeping_ != 0) {
         const std::lock_guard guard(lock_);
-        ready_ = true;
         WakeAllConditionVariable(&changed_);
     }
-    look_for_a_moment(giver_looks_, [this] { return done_.load(); });
-    const std::lock_guard guard(lock_);
-    while (!done_) {
-        lock_.wait(changed_);
+}
+
+bool rendezvous::wait(std::atomic<bool>& event, bool or_end, int& looks) noexcept {
+    const auto is_over = [&] {
+        return event || (or_end && ended_);
+    };
+    look_for_a_moment(looks, is_over);
+    if (!is_over()) {
+        const std::lock_guard guard(lock_);
+        ++sleeping_;
+        while (!is_over()) {
+            lock_.wait(changed_);
+        }
+        --sleeping_;
     }
-    done_ = false;
+    return event.exchange(false);
+}
+
+void rendezvous::give() noexcept {
+    set(ready_);
+    wait(done_, false, giver_looks_);
 }
 
 void rendezvous::end() noexcept {
-    const std::lock_guard guard(lock_);
-    ended_ = true;
-    WakeAllConditionVariable(&changed_);
+    set(ended_);
 }
 
 void rendezvous::set_done() noexcept {
-    const std::lock_guard guard(lock_);
-    done_ = true;
-    WakeAllConditionVariable(&changed_);
+    set(done_);
 }
 
 bool rendezvous::wait_ready() noexcept {
-    look_for_a_moment(taker_looks_, [this] { return ready_ || ended_; });
-    const std::lock_guard guard(lock_);
-    while (!ready_ && !ended_) {
-        lock_.wait(changed_);
-    }
-    const bool ready = ready_;
-    ready_ = false;
-    return ready;
+    return wait(ready_, true, taker_looks_);
 }
 
 } // namespace utils

@@ -32,11 +32,19 @@ public:
     bool wait_ready() noexcept;
 
 private:
+    /// Sets `event` and wakes who sleeps. Who is awake is not kept from seeing it: a lock that is
+    /// held for a moment only would put the other side to sleep just when it is looking.
+    void set(std::atomic<bool>& event) noexcept;
+    /// Takes `event`, true, or sees the end where that counts, false.
+    bool wait(std::atomic<bool>& event, bool or_end, int& looks) noexcept;
+
     slim_lock lock_;
     CONDITION_VARIABLE changed_ = CONDITION_VARIABLE_INIT;
     std::atomic<bool> ready_ = false;
     std::atomic<bool> done_ = false;
     std::atomic<bool> ended_ = false;
+    /// The sides that sleep, or are about to.
+    std::atomic<int> sleeping_ = 0;
     /// Each side's own.
     int giver_looks_ = 0;
     int taker_looks_ = 0;

@@ -124,12 +124,29 @@ int data_channel::close_socket(void* handle, curl_socket_t socket) {
 CURLcode data_channel::tune_tls(CURL*, void* context, void* self) {
     const auto& channel = *static_cast<const data_channel*>(self);
     auto* const tls = static_cast<SSL_CTX*>(context);
-    SSL_CTX_set_mode(tls, SSL_MODE_ENABLE_PARTIAL_WRITE);
-    if (channel.socket_ != CURL_SOCKET_BAD && channel.reads_ahead_) {
+    if (channel.socket_ == CURL_SOCKET_BAD) {
+        // The control channel lives longer than this object; or the data's is not known for sure.
+        SSL_CTX_set_mode(tls, SSL_MODE_ENABLE_PARTIAL_WRITE);
+        return CURLE_OK;
+    }
+    if (channel.watch_ != nullptr) {
+        SSL_CTX_set_msg_callback(tls, &data_channel::hear_record);
+        SSL_CTX_set_msg_callback_arg(tls, channel.watch_);
+    }
+    if (channel.reads_ahead_) {
         SSL_CTX_set_read_ahead(tls, 1);
         SSL_CTX_set_default_read_buffer_len(tls, read_ahead_bytes);
     }
     return CURLE_OK;
+}
+
+void data_channel::hear_record(int is_sent, int, int type, const void* bytes, std::size_t length,
+                               ssl_st*, void* watch) {
+    // A header ends with the length of its record, which is made when the one before has gone.
+    if (is_sent != 0 && type == SSL3_RT_HEADER && length == SSL3_RT_HEADER_LENGTH) {
+        const auto* const header = static_cast<const unsigned char*>(bytes);
+        static_cast<transfer_watch*>(watch)->sent(header[3] * std::size_t{256} + header[4]);
+    }
 }
 
 int data_channel::look_around(void* self, curl_off_t, curl_off_t received, curl_off_t,

@@ -7,6 +7,8 @@
 
 #include <cstddef>
 
+struct ssl_st;
+
 namespace vfs_quilldeck {
 
 /// Keeps the data channel of a transfer busy, both ways.
@@ -20,8 +22,9 @@ namespace vfs_quilldeck {
 /// Sending, it waits for room in the socket itself. libcurl waits for the platform's write event,
 /// which comes only after a send was refused. Where the last piece just fitted and left too little
 /// room for the next, libcurl sleeps for a whole second, unless a send of nothing is refused too,
-/// as under Windows; under Wine it is not. And it has OpenSSL tell of each record that is sent: by
-/// itself it tells of libcurl's whole buffer, after minutes on a slow line.
+/// as under Windows; under Wine it is not. And it hears from OpenSSL of each record that is sent:
+/// libcurl's whole buffer takes minutes on a slow line, and to send it record by record would cost
+/// all of libcurl's round, with several calls of the platform's sockets, for each.
 ///
 /// An object belongs to one use of a handle and lives until `curl_easy_perform` has returned.
 class data_channel {
@@ -39,6 +42,8 @@ private:
     static curl_socket_t open_socket(void* self, curlsocktype purpose, curl_sockaddr* address);
     static int close_socket(void* handle, curl_socket_t socket);
     static CURLcode tune_tls(CURL* handle, void* context, void* self);
+    static void hear_record(int is_sent, int version, int type, const void* bytes,
+                            std::size_t length, ssl_st* tls, void* watch);
     static int look_around(void* self, curl_off_t, curl_off_t received, curl_off_t,
                            curl_off_t sent);
 

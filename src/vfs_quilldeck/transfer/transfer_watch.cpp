@@ -7,15 +7,21 @@ void transfer_watch::start(CURL* handle) noexcept {
     started_ = clock::now();
     last_moved_ = started_;
     moved_ = 0;
+    sent_ = 0;
 }
 
 bool transfer_watch::goes_on(curl_off_t moved) noexcept {
-    if (moved != moved_) {
+    if (moved > moved_) {
         moved_ = moved;
         last_moved_ = clock::now();
         extend();
     }
     return !given_up_;
+}
+
+void transfer_watch::sent(std::size_t bytes) noexcept {
+    sent_ += static_cast<curl_off_t>(bytes);
+    goes_on(sent_);
 }
 
 std::int64_t transfer_watch::milliseconds_for(std::int64_t bytes) const noexcept {

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 
 namespace vfs_quilldeck {
@@ -33,6 +34,10 @@ public:
     /// What libcurl reports at least once a second: all that has moved. False: break off.
     bool goes_on(curl_off_t moved) noexcept;
 
+    /// So many bytes more went to the socket. libcurl reports a buffer when it has all been sent,
+    /// after minutes on a slow line.
+    void sent(std::size_t bytes) noexcept;
+
     /// Breaks the transfer off. Any thread.
     void give_up() noexcept { given_up_ = true; }
 
@@ -51,6 +56,7 @@ private:
     clock::time_point started_;
     clock::time_point last_moved_;
     curl_off_t moved_ = 0;
+    curl_off_t sent_ = 0;
 };
 
 } // namespace vfs_quilldeck
