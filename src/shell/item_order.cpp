@@ -3,6 +3,7 @@
 #include "com/guard.h"
 #include "shell_items/id_list_bytes.h"
 #include "shell_items/item_id_list.h"
+#include "shell_items/record_in_place.h"
 
 #include <algorithm>
 #include <cwchar>
@@ -112,8 +113,8 @@ HRESULT compare_lists(LPARAM column, const ITEMIDLIST* left, const ITEMIDLIST* r
     if (static_cast<DWORD>(column) & SHCIDS_CANONICALONLY) {
         return compare_paths(left, right);
     }
-    const auto left_record = read_record(left_entry);
-    const auto right_record = read_record(right_entry);
+    const record_in_place left_record(left_entry);
+    const record_in_place right_record(right_entry);
     if (!left_record || !right_record) {
         return E_INVALIDARG;
     }

@@ -4,6 +4,7 @@
 #include "shell/item_properties.h"
 #include "shell/shell_folder.h"
 #include "shell_items/id_list_bytes.h"
+#include "shell_items/record_in_place.h"
 #include "ui/strings.h"
 
 namespace shell {
@@ -12,14 +13,15 @@ using com::guard;
 
 namespace {
 
-/// Throws E_INVALIDARG for null or a list whose last entry is no record.
-PIDLDATA get_last_record(const ITEMIDLIST* list) {
-    const auto record = read_record(last_entry_of(list));
-    if (!record) {
-        throw com::status_exception(E_INVALIDARG);
+/// The last record of a list. Throws E_INVALIDARG for null or a list whose last entry is no record.
+class last_record : public record_in_place {
+public:
+    explicit last_record(const ITEMIDLIST* list) : record_in_place(last_entry_of(list)) {
+        if (!*this) {
+            throw com::status_exception(E_INVALIDARG);
+        }
     }
-    return *record;
-}
+};
 
 } // namespace
 
@@ -54,7 +56,7 @@ HRESULT CShellFolderImpl::GetDetailsOf(PCUITEMID_CHILD list, UINT index, SHELLDE
         SHELLDETAILS& result = com::cleared(details);
         const column& shown = get_column(index);
         const std::wstring text =
-            list ? shown.get_text(get_last_record(list)) : ui::load_string(shown.title);
+            list ? shown.get_text(*last_record(list)) : ui::load_string(shown.title);
         result.str.pOleStr = com::duplicate_string(text).release();
         result.str.uType = STRRET_WSTR;
         result.fmt = shown.alignment;
@@ -66,7 +68,7 @@ HRESULT CShellFolderImpl::GetDetailsEx(PCUITEMID_CHILD list, const SHCOLUMNID* k
                                        VARIANT* value) {
     return guard([&] {
         VARIANT& result = com::required(value);
-        get_property(get_last_record(list), com::required(key), get_directory(), result);
+        get_property(*last_record(list), com::required(key), get_directory(), result);
     });
 }
 
