@@ -74,29 +74,6 @@ TEST_F(com_objects, has_one_identity_and_answers_for_ancestors) {
     EXPECT_EQ(folder->GetClassID(nullptr), E_POINTER);
 }
 
-TEST_F(com_objects, a_class_object_is_a_lock_only_while_it_is_held) {
-    {
-        ComPtr<IClassFactory> factory;
-        ASSERT_EQ(probes.QueryInterface(IID_PPV_ARGS(&factory)), S_OK);
-        EXPECT_EQ(module_lock::count(), 1);
-        factory->LockServer(TRUE);
-        EXPECT_EQ(module_lock::count(), 2);
-    }
-    EXPECT_EQ(module_lock::count(), 1);
-    probes.LockServer(FALSE);
-
-    void* none = this;
-    EXPECT_EQ(probes.QueryInterface(IID_IPersist, &none), E_NOINTERFACE);
-    EXPECT_EQ(none, nullptr);
-    none = this;
-    EXPECT_EQ(probes.CreateInstance(&probes, IID_IUnknown, &none), CLASS_E_NOAGGREGATION);
-    EXPECT_EQ(none, nullptr);
-    none = this;
-    EXPECT_EQ(probes.CreateInstance(nullptr, IID_IStream, &none), E_NOINTERFACE);
-    EXPECT_EQ(none, nullptr);
-    EXPECT_EQ(probes.CreateInstance(nullptr, IID_IUnknown, nullptr), E_POINTER);
-}
-
 TEST_F(com_objects, what_a_constructor_throws_becomes_a_status) {
     const std::pair<void (*)(), HRESULT> cases[] = {
         {[] { throw status_exception(E_ACCESSDENIED); }, E_ACCESSDENIED},

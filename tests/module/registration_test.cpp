@@ -20,6 +20,7 @@ namespace {
 /// Some of what has to be there, with MODULE for the DLL's path.
 constexpr const char* expected[] = {
     R"(HKLM\Software\Classes\AppID\{94606AEB-2398-46B6-9DFC-1072D35058F1} @="Quilldeck")",
+    R"(HKLM\Software\Classes\AppID\Quilldeck.DLL "AppID"="{94606AEB-2398-46B6-9DFC-1072D35058F1}")",
     R"(HKLM\Software\Classes\CLSID\{5FA947B5-650A-4374-8A9A-5EFA4F126834}\DefaultIcon @="MODULE,0")",
     R"(HKLM\Software\Classes\CLSID\{5FA947B5-650A-4374-8A9A-5EFA4F126834}\InprocServer32 @="MODULE")",
     R"(HKLM\Software\Classes\CLSID\{5FA947B5-650A-4374-8A9A-5EFA4F126834}\ShellFolder "Attributes"=dword:b8c00153)",

@@ -75,27 +75,6 @@ TEST_F(special_directories, stand_at_the_end_of_the_root) {
     EXPECT_EQ(names_in(*root_of(newcomer)), L"Trash|");
 }
 
-TEST_F(special_directories, hold_what_was_deleted_until_it_is_restored) {
-    client session = sign_in();
-    const auto root = root_of(session);
-    const auto folder = as_directory(root->create_directory(L"Bin"));
-    folder->create_file(L"f");
-    const auto trash = enter(root, L"Trash");
-    folder->delete_item(L"f", true);
-    root->delete_item(folder, true);
-    const vfs::item_ptr file = trash->find_item_by_name(L"f", false);
-    const vfs::item_ptr gone = trash->find_item_by_name(L"Bin", false);
-    for (const vfs::item_ptr& item : {gone, file}) {
-        EXPECT_GT(item->get_delete_date(), 1'700'000'000);
-        item->restore();
-    }
-    EXPECT_EQ(names_in(*folder), L"f|");
-    EXPECT_EQ(folder->find_item_by_name(L"f", false)->get_delete_date(), vfs::time_unknown);
-    root->delete_item(L"Bin", true);
-    trash->delete_item(trash->find_item_by_name(L"Bin", true), false);
-    EXPECT_EQ(names_in(*trash).find(L"Bin|"), std::wstring::npos);
-}
-
 TEST_F(special_directories, lead_to_what_others_share) {
     client session = sign_in();
     const auto root = root_of(session);
