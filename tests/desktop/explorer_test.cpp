@@ -1,6 +1,7 @@
 #include "drive_test.h"
 
 #include "com/memory.h"
+#include "com/object.h"
 #include "desktop/drive.h"
 #include "desktop/explorer.h"
 #include "desktop/input.h"
@@ -134,6 +135,82 @@ TEST_F(explorer_test, carries_out_what_the_menu_of_an_item_offers) {
     window.wait_for_row(new_name);
     EXPECT_NE(folder->find_item_by_name(new_name, true), nullptr);
     folder->rename_item(new_name, name);
+}
+
+/// What a view's host tells of its browser.
+class host_site final : public com::object<host_site, IServiceProvider> {
+public:
+    explicit host_site(ComPtr<IExplorerBrowser> browser) : browser_(std::move(browser)) {}
+
+    HRESULT STDMETHODCALLTYPE QueryService(REFGUID service, REFIID iid, void** result) override {
+        *result = nullptr;
+        return IsEqualGUID(service, SID_SShellBrowser) ? browser_->QueryInterface(iid, result)
+                                                       : E_NOINTERFACE;
+    }
+
+private:
+    const ComPtr<IExplorerBrowser> browser_;
+};
+
+LRESULT CALLBACK refresh_at_notice(HWND window, UINT message, WPARAM first, LPARAM second) {
+    if (message == WM_APP) {
+        return reinterpret_cast<IShellView*>(GetWindowLongPtrW(window, GWLP_USERDATA))->Refresh();
+    }
+    return DefWindowProcW(window, message, first, second);
+}
+
+TEST_F(explorer_test, begins_the_rename_of_a_new_folder_in_the_view) {
+    const auto folder = documents(support::sign_in());
+    const HWND host = CreateWindowExW(0, L"Static", L"", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0,
+                                      800, 500, nullptr, nullptr, nullptr, nullptr);
+    ComPtr<IExplorerBrowser> browser;
+    ASSERT_EQ(CoCreateInstance(CLSID_ExplorerBrowser, nullptr, CLSCTX_INPROC_SERVER,
+                               IID_PPV_ARGS(&browser)),
+              S_OK);
+    const RECT all{0, 0, 780, 460};
+    const FOLDERSETTINGS settings{FVM_DETAILS, 0};
+    ASSERT_EQ(browser->Initialize(host, &all, &settings), S_OK);
+    const auto shown = drive_folder(L"Documents");
+    ComPtr<IPersistFolder2> placed;
+    ASSERT_EQ(shown.As(&placed), S_OK);
+    ITEMIDLIST* list = nullptr;
+    ASSERT_EQ(placed->GetCurFolder(&list), S_OK);
+    const com::unique_id_list owned(list);
+    ASSERT_EQ(browser->BrowseToIDList(list, SBSP_ABSOLUTE), S_OK);
+    const HWND list_window = find_below(host, WC_LISTVIEWW);
+    // Wine's view knows no notices of a folder that is not its own: the host reads it anew.
+    ComPtr<IShellView> view;
+    ASSERT_EQ(browser->GetCurrentView(IID_PPV_ARGS(&view)), S_OK);
+    SetWindowLongPtrW(host, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(view.Get()));
+    SetWindowLongPtrW(host, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&refresh_at_notice));
+    const SHChangeNotifyEntry everything{nullptr, TRUE};
+    const ULONG notices =
+        SHChangeNotifyRegister(host, SHCNRF_ShellLevel, SHCNE_MKDIR, WM_APP, 1, &everything);
+
+    ComPtr<IContextMenu> menu;
+    ComPtr<IObjectWithSite> sited;
+    ASSERT_EQ(shown->CreateViewObject(host, IID_PPV_ARGS(&menu)), S_OK);
+    ASSERT_EQ(menu.As(&sited), S_OK);
+    ASSERT_EQ(sited->SetSite(com::make<host_site>(browser).Get()), S_OK);
+    const HMENU popup = CreatePopupMenu();
+    // Once as from a program, and once where a menu was.
+    for (const std::wstring name : {L"New Folder", L"New Folder (2)"}) {
+        CMINVOKECOMMANDINFO info{};
+        info.cbSize = sizeof(info);
+        info.lpVerb = "NewFolder";
+        EXPECT_EQ(menu->InvokeCommand(&info), S_OK);
+        EXPECT_NE(folder->find_item_by_name(name, true), nullptr);
+        EXPECT_EQ(text_of(ListView_GetEditControl(list_window)), name);
+        ListView_CancelEditLabel(list_window);
+        EXPECT_NE(menu->QueryContextMenu(popup, 0, 1, 0x7FFF, CMF_NORMAL), 0);
+    }
+    folder->delete_item(L"New Folder", true);
+    folder->delete_item(L"New Folder (2)", true);
+    DestroyMenu(popup);
+    SHChangeNotifyDeregister(notices);
+    sited->SetSite(nullptr);
+    browser->Destroy();
+    DestroyWindow(host);
 }
 
 TEST_F(explorer_test, renames_with_f2_and_outlives_a_right_click) {

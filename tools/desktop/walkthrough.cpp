@@ -1,5 +1,6 @@
 /// walkthrough: goes through the drive in the file manager as a user does, by mouse and keyboard.
 /// walkthrough --open: opens the drive there, leaves the window to the user and ends with it.
+/// walkthrough LINK: shows the link, as the player that the drive starts.
 ///
 /// At moments worth a picture it prints "picture NAME" and waits for a line in return. The exit
 /// code is 0 when everything was as it should be.
@@ -8,6 +9,7 @@
 #include "drive.h"
 #include "explorer.h"
 #include "input.h"
+#include "menu_walk.h"
 #include "wait.h"
 #include "walk.h"
 #include "windows_of_others.h"
@@ -108,6 +110,7 @@ void walk() {
     rename_and_back(window);
     read_and_write(window);
     drag_out_and_in(window);
+    use_item_menu(window);
 }
 
 } // namespace
@@ -120,6 +123,8 @@ int wmain(int count, wchar_t** values) {
             explorer window;
             window.open({drive});
             window.wait_until_closed();
+        } else if (count == 2 && std::wstring(values[1]).starts_with(L"https://")) {
+            show_played(values[1]);
         } else {
             say("usage: walkthrough [--open]");
             return 2;
