@@ -15,6 +15,8 @@ namespace desktop {
 
 namespace {
 
+/// The identifier of a message box's text.
+constexpr int box_text = 0xFFFF;
 const wchar_t* const player_title = L"A player on this machine";
 const wchar_t* const player_key = L"Software\\Classes\\audiofile\\shell\\open\\command";
 
@@ -52,7 +54,7 @@ void play_music(explorer& window) {
     choose_from_item_menu(window, L"Music\\" + folder, name, L"Open");
     const HWND player = wait_for("a player", [] { return find_window(L"#32770", player_title); });
     take_picture("playing");
-    require(text_of(find_below(player, L"Static")).starts_with(L"https://"),
+    require(text_of(::GetDlgItem(player, box_text)).starts_with(L"https://"),
             "music was given to a player as a link");
     close(player, "the end of the player");
 }
@@ -65,6 +67,8 @@ void use_item_menu(explorer& window) {
 }
 
 void show_played(const std::wstring& link) {
+    // A window of its own would lie over the box.
+    ::FreeConsole();
     ::MessageBoxW(nullptr, link.c_str(), player_title, MB_OK);
 }
 
