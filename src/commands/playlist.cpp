@@ -3,7 +3,9 @@
 #include "commands/association_list.h"
 #include "commands/class_key.h"
 #include "commands/launch.h"
+#include "shell_items/local_name.h"
 #include "utils/filesystem.h"
+#include "vfs/exceptions.h"
 
 #include <shellapi.h>
 
@@ -16,6 +18,7 @@ namespace commands {
 namespace {
 
 constexpr auto extension = L".m3u";
+constexpr auto any_list = L"QuilldeckPlayAll";
 
 std::wstring on_one_line(std::wstring text) {
     std::ranges::replace_if(text, [](wchar_t c) { return c < L' '; }, L' ');
@@ -34,6 +37,15 @@ std::string in_system_code_page(const std::wstring& text) {
 utils::unique_file create(const std::wstring& path) {
     return utils::unique_file(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_WRITE, nullptr,
                                           CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+/// A file name for a list of what lies in the folder `base`, whose name comes from the store.
+std::wstring name_of_list(const std::wstring& base) {
+    try {
+        return base.empty() ? any_list : shell::local_name(base);
+    } catch (const vfs::exception&) {
+        return any_list;
+    }
 }
 
 void play_one(const playlist_entry& entry, HKEY key, bool ask) {
@@ -119,7 +131,11 @@ void play(std::vector<playlist_entry> entries, HKEY key, const std::wstring& bas
     }
     const std::wstring folder =
         utils::filesystem::get_special_directory(0) + L"\\Quilldeck\\Intermediate files";
-    const auto path = write_playlist(folder, base.empty() ? L"QuilldeckPlayAll" : base, entries);
+    auto path = write_playlist(folder, name_of_list(base), entries);
+    if (!path) {
+        // A name of the store may be longer than any local one.
+        path = write_playlist(folder, any_list, entries);
+    }
     if (path) {
         play_list(*path, entries.front().title);
     }

@@ -27,8 +27,8 @@ std::optional<std::wstring> write_playlist(const std::wstring& folder, const std
 
 /// Plays `entries`. One is given to the program of `key`, a class, or else of its title; with `ask`
 /// the user chooses the program. Several go through a playlist, which is named `base`, or
-/// "QuilldeckPlayAll" when that is empty. Entries whose link no program may be given are left out.
-/// What fails has no effect.
+/// "QuilldeckPlayAll" when no local file can have that name. Entries whose link no program may be
+/// given are left out. What fails has no effect.
 void play(std::vector<playlist_entry> entries, HKEY key, const std::wstring& base, bool ask);
 
 } // namespace commands

@@ -192,6 +192,15 @@ TEST_F(associations, play_links_with_the_program_of_their_kind) {
     play(two, nullptr, {}, false);
     EXPECT_EQ(player.next_start(), L"--play|" + (folder / L"QuilldeckPlayAll.m3u").wstring());
 
+    // Folders of the store that no local file can be named after.
+    int number = 0;
+    for (const std::wstring& odd :
+         {std::wstring(L"..\\..\\Songs"), std::wstring(L"a/b"), std::wstring(300, L'n')}) {
+        play(two, nullptr, odd, false);
+        const std::wstring name = L"QuilldeckPlayAll(" + std::to_wstring(++number) + L").m3u";
+        EXPECT_EQ(player.next_start(), L"--play|" + (folder / name).wstring());
+    }
+
     std::ifstream list(folder / L"Songs.m3u", std::ios::binary);
     const std::string bytes{std::istreambuf_iterator(list), {}};
     EXPECT_EQ(bytes.substr(0, 18), "#EXTM3U\n#EXTINF:0,");
