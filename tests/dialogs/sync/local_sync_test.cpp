@@ -338,6 +338,61 @@ TEST_F(local_sync, closes_beside_a_silent_store_and_tells_of_a_failing_one) {
     host.join();
 }
 
+/// The command of that title in the toolbar of the drive.
+ComPtr<IExplorerCommand> find_command(const std::wstring& title) {
+    ITEMIDLIST* list = nullptr;
+    com::check(SHParseDisplayName(L"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}\\"
+                                  L"::{5FA947B5-650A-4374-8A9A-5EFA4F126834}",
+                                  nullptr, &list, 0, nullptr));
+    const com::unique_id_list drive(list);
+    ComPtr<IShellFolder> desktop;
+    com::check(SHGetDesktopFolder(&desktop));
+    ComPtr<IShellFolder> folder;
+    com::check(desktop->BindToObject(drive.get(), nullptr, IID_PPV_ARGS(&folder)));
+    ComPtr<IExplorerCommandProvider> provider;
+    com::check(folder->CreateViewObject(nullptr, IID_PPV_ARGS(&provider)));
+    ComPtr<IEnumExplorerCommand> commands;
+    com::check(provider->GetCommands(nullptr, IID_PPV_ARGS(&commands)));
+    ComPtr<IExplorerCommand> command;
+    while (commands->Next(1, &command, nullptr) == S_OK) {
+        wchar_t* text = nullptr;
+        if (SUCCEEDED(command->GetTitle(nullptr, &text)) &&
+            com::task_ptr<wchar_t>(text).get() == title) {
+            return command;
+        }
+        command.Reset();
+    }
+    return nullptr;
+}
+
+TEST_F(local_sync, toolbar_backs_the_profile_up_and_shows_the_manager) {
+    HRESULT status = E_UNEXPECTED;
+    const auto start = [&status](const wchar_t* title) {
+        return std::thread([&status, title] {
+            const com::apartment own;
+            status = find_command(title)->Invoke(nullptr, nullptr);
+        });
+    };
+    std::thread backup = start(L"Backup PC");
+    const HWND page = await_page(IDC_LOCAL_SYNC_OTHER_END);
+    wchar_t profile[MAX_PATH] = L"";
+    SHGetFolderPathW(nullptr, CSIDL_PROFILE, nullptr, SHGFP_TYPE_CURRENT, profile);
+    EXPECT_TRUE(
+        eventually([&] { return support::text_of(GetDlgItem(page, IDC_SYNC_ITEM)) == profile; }));
+    EXPECT_TRUE(IsDlgButtonChecked(page, IDC_LOCAL_SYNC_PERMANENT));
+    EXPECT_TRUE(IsDlgButtonChecked(page, IDC_LOCAL_SYNC_BACKUP));
+    PostMessageW(GetParent(page), WM_COMMAND, IDCANCEL, 0);
+    backup.join();
+    EXPECT_EQ(status, S_OK);
+
+    std::thread sync = start(L"Sync files");
+    const HWND manager = support::await_dialog(manager_title);
+    EXPECT_TRUE(manager);
+    PostMessageW(manager, WM_COMMAND, IDCANCEL, 0);
+    sync.join();
+    EXPECT_EQ(status, S_OK);
+}
+
 TEST_F(local_sync, manager_lists_forces_and_ends_bindings) {
     ASSERT_EQ(ask("add"), "done");
     ASSERT_EQ(ask("add file"), "done");
