@@ -15,6 +15,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -126,6 +127,19 @@ TEST_F(explorer_test, carries_out_what_the_menu_of_an_item_offers) {
     press({VK_RETURN});
     wait_for("the end of the question", [&] { return !::IsWindow(box); });
     EXPECT_NE(folder->find_item_by_name(name, true), nullptr);
+
+    const std::pair<std::wstring, std::wstring> pages[] = {
+        {name, L"Properties"},
+        {name, L"Synchronize with Computer"},
+        {L"Awkward names", L"Share..."},
+    };
+    for (const auto& [item, entry] : pages) {
+        choose_from_item_menu(window, place, item, entry);
+        const HWND dialog =
+            wait_for("the properties", [&] { return find_window(L"#32770", item); });
+        press({VK_ESCAPE});
+        wait_for("the end of the properties", [&] { return !::IsWindow(dialog); });
+    }
 
     choose_from_item_menu(window, place, name, L"Rename");
     wait_for("the edit of a name", [&] { return window.list().edit(); });
