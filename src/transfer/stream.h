@@ -1,6 +1,7 @@
 #pragma once
 
 #include "com/object.h"
+#include "com/plain_stream.h"
 #include "transfer/istream_impl.h"
 #include "ui/prompt.h"
 #include "vfs/exceptions.h"
@@ -19,7 +20,8 @@ namespace transfer {
 /// failing operation asks the user itself and is made again on demand, unless the reader wants
 /// silence.
 class CStreamImpl final
-    : public com::object<CStreamImpl, IStreamImpl, com::chain<IStream, ISequentialStream>> {
+    : public com::plain_stream<
+          com::object<CStreamImpl, IStreamImpl, com::chain<IStream, ISequentialStream>>> {
 public:
     /// `prompt` must outlive the stream.
     explicit CStreamImpl(ui::prompt& prompt) noexcept : m_prompt(prompt) {}
@@ -49,22 +51,6 @@ public:
                                      ULARGE_INTEGER* written) override;
     /// Sets `cbSize` and leaves all else as it is.
     HRESULT STDMETHODCALLTYPE Stat(STATSTG* stat, DWORD flag) override;
-
-    HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER) override { return E_NOTIMPL; }
-
-    HRESULT STDMETHODCALLTYPE Commit(DWORD) override { return E_NOTIMPL; }
-
-    HRESULT STDMETHODCALLTYPE Revert() override { return E_NOTIMPL; }
-
-    HRESULT STDMETHODCALLTYPE LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override {
-        return E_NOTIMPL;
-    }
-
-    HRESULT STDMETHODCALLTYPE UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override {
-        return E_NOTIMPL;
-    }
-
-    HRESULT STDMETHODCALLTYPE Clone(IStream**) override { return E_NOTIMPL; }
 
 private:
     /// Makes the operation until it succeeds, true, or is given up. `text` tells of its failure.

@@ -83,8 +83,10 @@ list_view list_of(HWND dialog) {
     }));
 }
 
-/// The dialog of Wine opens local files only, so that it is looked at and cancelled.
-TEST_F(shell_dialog_test, file_dialogs_list_the_drive) {
+/// The dialog of Wine opens local files only, so that it is cancelled at last. What is picked it
+/// reads from the data object that the folder gives for it.
+TEST_F(shell_dialog_test, file_dialogs_list_the_drive_and_pick_its_files) {
+    const std::wstring picked = L"Welcome to Quilldeck.txt";
     support::sign_in();
 
     struct {
@@ -97,7 +99,13 @@ TEST_F(shell_dialog_test, file_dialogs_list_the_drive) {
         const open_dialog dialog(file_dialog());
         const list_view list = list_of(dialog.window());
         wait_for("a folder", [&] { return list.find(L"Awkward names"); });
-        EXPECT_EQ(list.find(L"Welcome to Quilldeck.txt").has_value(), kind.shows_files);
+        const auto row = list.find(picked);
+        EXPECT_EQ(row.has_value(), kind.shows_files);
+        if (row) {
+            click(list.place(*row));
+            wait_for("the name that was picked",
+                     [&] { return text_of(find_below(dialog.window(), WC_EDITW)) == picked; });
+        }
         press({VK_ESCAPE});
         EXPECT_EQ(shown.get(), HRESULT_FROM_WIN32(ERROR_CANCELLED));
     }

@@ -9,6 +9,7 @@
 #include "com/apartment.h"
 #include "com/memory.h"
 #include "utils/module.h"
+#include "vfs/vfs.h"
 
 #include <gtest/gtest.h>
 
@@ -228,6 +229,39 @@ TEST(lifetime, unloading_waits_for_no_store) {
     // libcurl would give the server two seconds for its last words on each of the connections.
     EXPECT_LT(GetTickCount64() - begin, 2000U);
     EXPECT_FALSE(is_loaded());
+}
+
+TEST(lifetime, a_deletion_outlives_all_that_asked_for_it) {
+    const com::apartment apartment;
+    const auto pictures =
+        std::dynamic_pointer_cast<vfs::directory>(sign_in()->get_directory(L"Pictures", false));
+    const std::wstring name = L"Deleted " + std::to_wstring(GetCurrentProcessId());
+    pictures->create_directory(name);
+    support::store_control control(support::environment("QUILLDECK_TEST_HTTPS_URL"));
+    {
+        const loaded_module extension;
+        const auto folder = open_pictures(*extension.make_drive().Get());
+        list(*folder.Get());
+        const auto deleted = parse(*folder.Get(), name);
+        const ITEMIDLIST* child = deleted.get();
+        ComPtr<IDataObject> data;
+        com::check(folder->GetUIObjectOf(nullptr, 1, &child, IID_IDataObject, nullptr,
+                                         reinterpret_cast<void**>(data.GetAddressOf())));
+        control.fault({{"kind", "delay"}, {"seconds", "2"}, {"action", "move_dir_to_trash"}});
+        // As who has moved it away tells it.
+        for (const wchar_t* told : {CFSTR_LOGICALPERFORMEDDROPEFFECT, CFSTR_PASTESUCCEEDED}) {
+            FORMATETC format{static_cast<CLIPFORMAT>(RegisterClipboardFormatW(told)), nullptr,
+                             DVASPECT_CONTENT, -1, TYMED_HGLOBAL};
+            STGMEDIUM medium{};
+            medium.tymed = TYMED_HGLOBAL;
+            medium.hGlobal = GlobalAlloc(GMEM_FIXED, sizeof(DWORD));
+            *static_cast<DWORD*>(medium.hGlobal) = DROPEFFECT_MOVE;
+            com::check(data->SetData(&format, &medium, TRUE));
+        }
+    }
+    EXPECT_TRUE(is_loaded());
+    EXPECT_TRUE(support::eventually([] { return !is_loaded(); }));
+    EXPECT_THROW(pictures->find_item_by_name(name, true), vfs::item_not_found_exception);
 }
 
 TEST(lifetime, a_process_may_end_within_a_request) {

@@ -2,6 +2,7 @@
 /// afterwards, for each step that can fail and each answer.
 #include "../vfs_quilldeck/transfer/store_test.h"
 
+#include "failing_memory.h"
 #include "scripted_source.h"
 #include "scripted_user.h"
 
@@ -9,6 +10,7 @@
 #include "transfer/copy_items.h"
 
 #include <algorithm>
+#include <new>
 #include <tuple>
 
 namespace transfer {
@@ -353,6 +355,31 @@ TEST_F(copies, leave_nothing_half_done_when_the_user_cancels) {
                 }
             }
         }
+    }
+}
+
+TEST_F(copies, leave_no_part_when_memory_runs_out) {
+    // One allocation of this thread fails, further and further behind.
+    bool failed = true;
+    for (int number = 1; failed; number += 1 + number / 3) {
+        ASSERT_LT(number, 100'000);
+        SCOPED_TRACE(number);
+        begin_case(false);
+        const auto copied = source(name, fresh);
+        HRESULT result = E_OUTOFMEMORY;
+        transfer_test::allocations_until_failure = number;
+        try {
+            result = copy({copied});
+        } catch (const std::bad_alloc&) {
+            result = E_OUTOFMEMORY;
+        }
+        failed = std::exchange(transfer_test::allocations_until_failure, 0) <= 0;
+        // What fails when it has arrived leaves it there. A new and empty file is nobody's when
+        // there was no room for the answer that told whose it is.
+        const std::string left = standing(*target, name);
+        EXPECT_TRUE(left == "new" || (result != S_OK && (left == "-" || left == "something of 0")))
+            << left;
+        EXPECT_EQ(progress.running, 0);
     }
 }
 

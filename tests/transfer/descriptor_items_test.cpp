@@ -16,7 +16,7 @@ namespace transfer {
 namespace {
 
 using Microsoft::WRL::ComPtr;
-using transfer_test::failure_of;
+using support::failure_of;
 using transfer_test::tree_of;
 using transfer_test::virtual_file;
 using transfer_test::virtual_files;

@@ -1,5 +1,6 @@
 // Sources that are no objects of these tests: the platform's own data object, one in another
 // apartment, and the drive itself.
+#include "drive_access.h"
 #include "virtual_files.h"
 #include "wrapper_test.h"
 
@@ -26,16 +27,17 @@ namespace {
 namespace fs = std::filesystem;
 
 using Microsoft::WRL::ComPtr;
-using transfer_test::failure_of;
+using support::failure_of;
 using transfer_test::find;
 using transfer_test::tree_of;
 using transfer_test::virtual_files;
 using transfer_test::virtual_folder;
 
+/// The list of a path, from the desktop on.
 com::unique_id_list parse(const std::wstring& name) {
-    ITEMIDLIST* list = nullptr;
-    com::check(SHParseDisplayName(name.c_str(), nullptr, &list, 0, nullptr));
-    return com::unique_id_list(list);
+    ComPtr<IShellFolder> desktop;
+    com::check(SHGetDesktopFolder(&desktop));
+    return support::parse(*desktop.Get(), name);
 }
 
 TEST(foreign_sources, are_the_files_of_the_platforms_own_data_object) {

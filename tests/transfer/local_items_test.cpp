@@ -15,8 +15,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+using support::failure_of;
 using transfer_test::dropped_paths;
-using transfer_test::failure_of;
 using transfer_test::find;
 using transfer_test::tree_of;
 

@@ -5,14 +5,17 @@
 #include "com/clipboard_formats.h"
 #include "com/media.h"
 #include "com/object.h"
+#include "com/plain_stream.h"
 
 #include <shldisp.h>
 #include <shlobj.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
 #include <thread>
@@ -42,11 +45,12 @@ inline virtual_file virtual_folder(const std::wstring& path) {
 }
 
 class virtual_stream final
-    : public com::object<virtual_stream, com::chain<IStream, ISequentialStream>> {
+    : public com::plain_stream<
+          com::object<virtual_stream, com::chain<IStream, ISequentialStream>>> {
 public:
     /// As OLE wants it, it comes with the position behind its data.
-    explicit virtual_stream(const virtual_file& file)
-        : file_(file), position_(file.content.size()) {}
+    virtual_stream(const virtual_file& file, std::shared_ptr<std::atomic<int>> reads)
+        : file_(file), position_(file.content.size()), reads_(std::move(reads)) {}
 
     HRESULT STDMETHODCALLTYPE Read(void* buffer, ULONG count, ULONG* read) override {
         std::this_thread::sleep_for(file_.delay);
@@ -54,6 +58,9 @@ public:
         const auto given =
             std::min({std::size_t{count}, file_.piece, end - std::min(position_, end)});
         *read = 0;
+        if (--*reads_ == 0) {
+            return STG_E_READFAULT;
+        }
         if (given == 0 && position_ == file_.dies_at) {
             return RPC_E_DISCONNECTED;
         }
@@ -87,30 +94,15 @@ public:
 
     HRESULT STDMETHODCALLTYPE Write(const void*, ULONG, ULONG*) override { return E_NOTIMPL; }
 
-    HRESULT STDMETHODCALLTYPE SetSize(ULARGE_INTEGER) override { return E_NOTIMPL; }
-
     HRESULT STDMETHODCALLTYPE CopyTo(IStream*, ULARGE_INTEGER, ULARGE_INTEGER*,
                                      ULARGE_INTEGER*) override {
         return E_NOTIMPL;
     }
 
-    HRESULT STDMETHODCALLTYPE Commit(DWORD) override { return E_NOTIMPL; }
-
-    HRESULT STDMETHODCALLTYPE Revert() override { return E_NOTIMPL; }
-
-    HRESULT STDMETHODCALLTYPE LockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override {
-        return E_NOTIMPL;
-    }
-
-    HRESULT STDMETHODCALLTYPE UnlockRegion(ULARGE_INTEGER, ULARGE_INTEGER, DWORD) override {
-        return E_NOTIMPL;
-    }
-
-    HRESULT STDMETHODCALLTYPE Clone(IStream**) override { return E_NOTIMPL; }
-
 private:
     const virtual_file file_;
     std::size_t position_;
+    const std::shared_ptr<std::atomic<int>> reads_;
 };
 
 class virtual_files final
@@ -119,6 +111,8 @@ public:
     std::vector<virtual_file> files;
     /// Further formats, whole, and their bytes.
     std::vector<std::pair<UINT, std::string>> blocks;
+    /// The n-th read of all streams together fails; 0 for none.
+    std::shared_ptr<std::atomic<int>> reads_until_failure = std::make_shared<std::atomic<int>>();
     /// The requests for "FileContents".
     int openings = 0;
     /// What it was told of the end, in order: the formats and their values.
@@ -171,7 +165,7 @@ public:
         switch (file.medium) {
         case TYMED_ISTREAM:
             answer->tymed = TYMED_ISTREAM;
-            answer->pstm = com::make<virtual_stream>(file).Detach();
+            answer->pstm = com::make<virtual_stream>(file, reads_until_failure).Detach();
             return S_OK;
         case TYMED_HGLOBAL:
             return give(com::medium(com::make_global(1, GHND)));

@@ -11,8 +11,6 @@
 
 namespace transfer_test {
 
-using support::failure_of;
-
 /// All names below, in order: "file folder(file folder())".
 inline std::wstring tree_of(vfs::directory& directory) {
     std::wstring tree;
