@@ -2,7 +2,8 @@
 
 PROGRAM is slow_line.exe. The measurements: `limits`, the account's own speed limits of 10,000 bytes a
 second; `slow`, a line of 10 KiB a second; `lossy`, the same with 2 % of the packets lost; `still`, a
-line that stands still for good in the middle, over which both ways must fail after a minute.
+line that stands still for good in the middle, over which both ways must fail after a minute; `far`, 20
+files of 4 KiB one after another over a line with 25 ms each way: the round trips that each costs.
 """
 from __future__ import annotations
 
@@ -52,6 +53,9 @@ def run(program: str, name: str, folder: Path) -> int:
     if name == "limits":
         return measure(program, folder, "moves", None, "--upload-limit", "10000",
                        "--download-limit", "10000")
+    if name == "far":
+        with Line() as line:
+            return measure(program, folder, "far", line)
     modes = ("still-up", "still-down") if name == "still" else ("moves",)
     status = 0
     for mode in modes:
@@ -61,7 +65,7 @@ def run(program: str, name: str, folder: Path) -> int:
 
 
 def main() -> int:
-    names = sys.argv[2:] or ["limits", "slow", "lossy", "still"]
+    names = sys.argv[2:] or ["limits", "slow", "lossy", "still", "far"]
     status = 0
     with tempfile.TemporaryDirectory(prefix="quilldeck-line-") as folder:
         for name in names:
