@@ -1,5 +1,5 @@
 #!/bin/bash
-# pictures: take the pictures of the README anew
+# pictures: take the pictures of the README and of the guide anew
 #
 # Runs ./quilldeck run on a virtual screen and puts the pictures into docs/pictures.
 set -euo pipefail

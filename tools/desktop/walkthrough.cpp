@@ -9,7 +9,9 @@
 #include "drive.h"
 #include "explorer.h"
 #include "input.h"
+#include "item_menu.h"
 #include "menu_walk.h"
+#include "properties_walk.h"
 #include "wait.h"
 #include "walk.h"
 #include "windows_of_others.h"
@@ -44,10 +46,24 @@ HWND login_dialog() {
     return find_window(L"#32770", L"Quilldeck login");
 }
 
+/// Opens the panel for a new account and closes it, and leaves the focus in the first field.
+void look_at_new_account(HWND dialog) {
+    constexpr int user_name = 301;
+    constexpr int link = 483;
+    click(middle_of(::GetDlgItem(dialog, link)));
+    const HWND panel = ::FindWindowExW(dialog, nullptr, L"#32770", nullptr);
+    wait_for("the panel for a new account", [&] { return ::IsWindowVisible(panel); });
+    take_picture("new_account");
+    click(middle_of(::GetDlgItem(panel, IDCANCEL)));
+    wait_for("the end of that panel", [&] { return !::IsWindowVisible(panel); });
+    click(middle_of(::GetDlgItem(dialog, user_name)));
+}
+
 void sign_in(const std::wstring& user, const std::wstring& password) {
     const HWND dialog = wait_for("the login dialog", &login_dialog);
     take_picture("login");
-    // The first field has the focus, the second is a Tab away, and Enter means Log In.
+    look_at_new_account(dialog);
+    // The second field is a Tab away, and Enter means Log In.
     type(user);
     press({VK_TAB});
     type(password);
@@ -91,6 +107,21 @@ void read_and_write(explorer& window) {
     remove_if_there(*folder, name);
 }
 
+void ask_to_delete(explorer& window) {
+    const std::wstring name = L"Plan.pdf";
+    window.open({drive, documents});
+    window.wait_for_row(name);
+    choose_from_item_menu(window, documents, name, L"Delete");
+    const HWND question =
+        wait_for("a question", [] { return find_window(L"#32770", L"Delete File"); });
+    take_picture("delete");
+    press({VK_ESCAPE});
+    ::PostMessageW(question, WM_COMMAND, IDNO, 0);
+    wait_for("the end of a question", [&] { return !::IsWindow(question); });
+    require(stored_folder(documents)->find_item_by_name(name, true) != nullptr,
+            "nothing was deleted when the user did not want it");
+}
+
 void walk() {
     const com::apartment apartment;
     explorer window;
@@ -111,6 +142,8 @@ void walk() {
     read_and_write(window);
     drag_out_and_in(window);
     use_item_menu(window);
+    ask_to_delete(window);
+    use_properties(window);
 }
 
 } // namespace
