@@ -14,7 +14,7 @@ inside() {
     local name=$1
     shift
     case $name in
-    reply | data_object) "$PYTHON" "$ROOT/bench/populate.py" "$QUILLDECK_TEST_READY" ;;
+    reply | data_object | properties) "$PYTHON" "$ROOT/bench/populate.py" "$QUILLDECK_TEST_READY" ;;
     esac
     "$ROOT/tools/build/wine-run" "$ROOT/build/release/bin/bench_$name.exe" "$@"
     if [ "$name" = transfer ]; then
@@ -46,6 +46,7 @@ for program in "$ROOT"/build/release/bin/bench_${1:-*}.exe; do
     case $small$name in
     yestransfer | yesdata_object) arguments=(8 1) ;;
     yesdrop) arguments=(20 8 1) ;;
+    yesproperties) arguments=(1) ;;
     esac
     "$PYTHON" "$ROOT/tools/support/with_service.py" --vsftpd -- "$ROOT/tools/build/wine-run" --host \
         "$ROOT/tools/build/bench.sh" --inside "$name" "${arguments[@]}" || status=$?

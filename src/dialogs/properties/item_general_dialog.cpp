@@ -21,6 +21,8 @@ namespace {
 /// Posted by the threads that work for the page.
 constexpr UINT WM_LOADED = WM_APP;
 
+constexpr ULONGLONG milliseconds_between_figures = 100;
+
 constexpr int bytes_unit = 0;
 constexpr int largest_unit = 4;
 
@@ -121,10 +123,26 @@ void CPropertiesItemGeneralDlg::load_size() {
         return;
     }
     start_loader(IDS_SIZE_FAILED, [this, totals, items = get_items()](loader_link& link) {
-        const auto show = [&](const item_totals& found) {
-            link.to_page.post([this, found] { show_totals(found); });
+        item_totals latest = totals;
+        const auto show = [&] {
+            link.to_page.post([this, latest] { show_totals(latest); });
         };
-        add_contents(items->find(link.stop_all), totals, show, link.stop_all);
+        // Nobody reads faster, and the listings need not wait for the window.
+        ULONGLONG next = 0;
+        const auto note = [&](const item_totals& found) {
+            latest = found;
+            if (const ULONGLONG now = GetTickCount64(); now >= next) {
+                next = now + milliseconds_between_figures;
+                show();
+            }
+        };
+        try {
+            add_contents(items->find(link.stop_all), totals, note, link.stop_all);
+        } catch (...) {
+            show();
+            throw;
+        }
+        show();
     });
 }
 

@@ -71,18 +71,19 @@ TEST_F(properties_test, holds_every_control_under_its_number) {
 
 /// What each kind of selection has: the pages, the fields, and how much of the page is seen.
 TEST_F(properties_test, shows_what_there_is_of_a_selection) {
+    const std::wstring gone = m_folder->get_name() + L".txt"; // the Trash holds those of others
     const auto folder =
         std::dynamic_pointer_cast<vfs::directory>(m_folder->create_directory(L"one"));
     std::dynamic_pointer_cast<vfs::directory>(folder->create_directory(L"inner"))
         ->create_file(L"deep.txt");
     folder->create_file_alloc(L"shallow.txt", 0);
     m_folder->create_directory(L"two");
-    for (const wchar_t* name : {L"a.txt", L"b.txt", L"c.dat", L"gone.txt"}) {
+    for (const std::wstring& name : item_names{L"a.txt", L"b.txt", L"c.dat", gone}) {
         m_folder->create_file(name);
     }
     m_folder->find_item_by_name(L"a.txt", false)->set_description(L"same\nlines");
     m_folder->find_item_by_name(L"b.txt", false)->set_description(L"same\nlines");
-    m_folder->delete_item(L"gone.txt", true);
+    m_folder->delete_item(gone, true);
     m_folder->get_items();
     const auto root = std::dynamic_pointer_cast<vfs::directory>(m_client.get_root());
     vfs::item_ptr trash;
@@ -157,10 +158,10 @@ TEST_F(properties_test, shows_what_there_is_of_a_selection) {
          {362, 363, 364, 365, 366, 367, 368, 369, 370, 371, 372, 373, 374, 376, 377}},
         {"an item of the Trash",
          trash,
-         {L"gone.txt"},
+         {gone},
          false,
          false,
-         {{354, L"gone.txt"}, {359, L"Quilldeck\\Documents\\" + m_folder->get_name()}},
+         {{354, gone}, {359, L"Quilldeck\\Documents\\" + m_folder->get_name()}},
          {}},
         {"a root",
          root,
