@@ -26,12 +26,6 @@ GUID next_name(GUID& name) {
     return name;
 }
 
-utils::unique_registry_key duplicate(HKEY key) {
-    utils::unique_registry_key copy;
-    RegOpenKeyExW(key, nullptr, 0, KEY_READ, copy.put());
-    return copy;
-}
-
 } // namespace
 
 CExplorerCommandOpen::CExplorerCommandOpen(ComPtr<IShellFolder> folder)
@@ -74,7 +68,7 @@ HRESULT CExplorerCommandOpen::EnumSubCommands(IEnumExplorerCommand** ppEnum) {
             below.emplace_back(com::make<CExplorerCommandOpenWith>(
                 command_description{next_name(name), program.program_name, program.program_name,
                                     program.icon},
-                m_folder, duplicate(program.key.get())));
+                m_folder, utils::duplicate_key(program.key.get())));
         }
         below.emplace_back(com::make<CExplorerCommandSeparator>(next_name(name)));
         below.emplace_back(com::make<CExplorerCommandOpenWith>(

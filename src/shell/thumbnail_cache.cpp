@@ -2,6 +2,7 @@
 
 #include "utils/exceptions.h"
 #include "utils/file_name.h"
+#include "utils/file_time.h"
 #include "utils/filesystem.h"
 
 #include <windows.h>
@@ -25,14 +26,6 @@ std::wstring get_application_folder() {
     } catch (const utils::system_error_exception&) {
         throw std::wstring(L"Can't retrieve application folder");
     }
-}
-
-std::int64_t seconds_of(const FILETIME& time) {
-    constexpr std::uint64_t ticks_per_second = 10'000'000;
-    constexpr std::int64_t seconds_from_1601_to_1970 = 11'644'473'600;
-    const std::uint64_t ticks =
-        std::uint64_t{time.dwHighDateTime} << 32 | std::uint64_t{time.dwLowDateTime};
-    return static_cast<std::int64_t>(ticks / ticks_per_second) - seconds_from_1601_to_1970;
 }
 
 } // namespace
@@ -60,7 +53,7 @@ bool is_thumbnail_fresh(const std::wstring& path, vfs::time_seconds modified) {
     FILETIME written;
     require(::GetFileTime(file.get(), nullptr, nullptr, &written),
             L"Can't get thumbnail file modification time");
-    return seconds_of(written) >= modified;
+    return utils::seconds_of(written) >= modified;
 }
 
 CThumbnailWriter::CThumbnailWriter(const std::wstring& path)

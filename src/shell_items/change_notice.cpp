@@ -18,4 +18,8 @@ void notify_change(LONG event, const CItemIDList& list, const CItemIDList& other
     }
 }
 
+folder_update::~folder_update() {
+    notify_change(SHCNE_UPDATEDIR, folder_);
+}
+
 } // namespace shell

@@ -13,4 +13,19 @@ void notify_change(LONG event, const CItemIDList& list) noexcept;
 /// The same for an event of two lists, such as a rename.
 void notify_change(LONG event, const CItemIDList& list, const CItemIDList& other) noexcept;
 
+/// Lets views of a folder, whose absolute list it is, read it anew when this goes, however that
+/// comes about.
+class folder_update {
+public:
+    /// `folder` must outlive this.
+    explicit folder_update(const CItemIDList& folder) noexcept : folder_(folder) {}
+
+    folder_update(const folder_update&) = delete;
+    folder_update& operator=(const folder_update&) = delete;
+    ~folder_update();
+
+private:
+    const CItemIDList& folder_;
+};
+
 } // namespace shell

@@ -10,4 +10,8 @@ namespace shell {
 /// for the user, for a name that no local file can have.
 std::wstring local_name(std::wstring name);
 
+/// `name` for a local file that goes back to the store under the name that it has here: one that
+/// would be made under another name is refused too.
+std::wstring exact_local_name(std::wstring name);
+
 } // namespace shell

@@ -23,6 +23,11 @@ bool binding_order::operator()(const binding& left, const binding& right) const 
     return left.filename < right.filename;
 }
 
+std::wstring remote_path_of(const std::wstring& path) {
+    constexpr auto root = L"Quilldeck";
+    return path.empty() ? root : root + (path.front() == L'/' ? path : L'/' + path);
+}
+
 std::string text_of(const binding& named) {
     return utils::narrow(named.dir_local.native() + L" <- " + named.filename + L" -> " +
                          named.dir_remote.native());

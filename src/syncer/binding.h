@@ -72,6 +72,10 @@ struct binding_order {
 
 using binding_set = std::set<binding, binding_order>;
 
+/// How bindings name what lies at `path` in the user's tree, in the store's words; an empty path is
+/// the top.
+std::wstring remote_path_of(const std::wstring& path);
+
 /// How failures name a binding.
 std::string text_of(const binding& named);
 

@@ -59,9 +59,9 @@ local_copies::local_copies(const std::wstring& user_name)
     }
 }
 
-const local_copy* local_copies::find(const std::filesystem::path& local) const {
+std::optional<local_copy> local_copies::find(const std::filesystem::path& local) const {
     const auto found = copies_.find(local);
-    return found == copies_.end() ? nullptr : &found->second;
+    return found == copies_.end() ? std::nullopt : std::optional(found->second);
 }
 
 void local_copies::put(local_copy copy) {

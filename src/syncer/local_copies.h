@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 
 namespace syncer {
@@ -12,7 +13,8 @@ namespace syncer {
 /// A file of the store that was brought to this machine to be opened here.
 struct local_copy {
     std::filesystem::path local;
-    /// Where it is from: the path in the store, and the file's id, which outlives a rename.
+    /// Where it is from: the path in the store as bindings name it, and the file's id, which
+    /// outlives a rename. Both are empty for a file that the user wants to keep beside the copies.
     std::wstring remote_path;
     std::wstring remote_id;
     /// The time of the last change that the local file had when it arrived, in the units of the
@@ -30,11 +32,10 @@ public:
     /// the file stays as it is then.
     explicit local_copies(const std::wstring& user_name);
 
-    /// What is known of the copy at that path; null when nothing is.
-    const local_copy* find(const std::filesystem::path& local) const;
+    /// What is known of the copy at that path.
+    std::optional<local_copy> find(const std::filesystem::path& local) const;
 
-    /// Notes a copy, in the place of what was known of the same path. Other copies in memory stay
-    /// where they are.
+    /// Notes a copy, in the place of what was known of the same path.
     void put(local_copy copy);
 
     /// Writes the file. Throws what `serializer::file_serializer::save_cached` throws.

@@ -2,6 +2,7 @@
 
 #include "resources/string_ids.h"
 #include "transfer/copy_failure.h"
+#include "transfer/repeat.h"
 #include "ui/strings.h"
 #include "vfs/exceptions.h"
 
@@ -155,21 +156,20 @@ void CFileCopy::check_whole() {
 
 template <class Step>
 void CFileCopy::attempt(UINT text, const Step& step) {
-    for (;;) {
-        std::wstring description;
+    repeat(step, [&] {
         try {
-            step();
-            return;
+            throw;
         } catch (const vfs::exception& failure) {
-            description = failure.get_description();
+            const int answer =
+                m_context.prompt.ask(IDS_TRANSFER_ERROR, text, {m_name, failure.get_description()},
+                                     m_context.failure_style());
+            if (answer != IDRETRY) {
+                m_cancelled = answer == IDABORT;
+                throw given_up();
+            }
+            return true;
         }
-        const int answer = m_context.prompt.ask(IDS_TRANSFER_ERROR, text, {m_name, description},
-                                                m_context.failure_style());
-        if (answer != IDRETRY) {
-            m_cancelled = answer == IDABORT;
-            throw given_up();
-        }
-    }
+    });
 }
 
 void CFileCopy::ask_replace() {

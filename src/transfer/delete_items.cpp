@@ -2,8 +2,8 @@
 
 #include "com/worker.h"
 #include "resources/string_ids.h"
+#include "transfer/repeat.h"
 #include "ui/strings.h"
-#include "utils/narrow.h"
 #include "vfs/exceptions.h"
 
 #include <exception>
@@ -13,8 +13,6 @@
 namespace transfer {
 
 namespace {
-
-constexpr UINT retry_style = MB_ICONSTOP | MB_RETRYCANCEL;
 
 /// Null for what is no directory.
 std::shared_ptr<vfs::directory> as_directory(const vfs::item_ptr& item, const wchar_t* where) {
@@ -36,104 +34,87 @@ CItemsDeletion::CItemsDeletion(std::shared_ptr<vfs::directory> folder, bool perm
     : m_folder(std::move(folder)), m_permanent(permanent), m_progress(progress), m_prompt(prompt) {}
 
 void CItemsDeletion::run(const std::vector<shell::PIDLDATA>& records) {
-    for (const shell::PIDLDATA& record : records) {
-        const std::int64_t found = _CountSubitemsAndSelf({*m_folder, nullptr, &record});
-        if (found < 0) {
-            return;
+    try {
+        for (const shell::PIDLDATA& record : records) {
+            m_total += _CountSubitemsAndSelf({*m_folder, nullptr, &record});
         }
-        m_total += static_cast<std::uint64_t>(found);
-    }
-    for (const shell::PIDLDATA& record : records) {
-        if (FAILED(_DeleteRecursively({*m_folder, nullptr, &record}))) {
-            return;
+        for (const shell::PIDLDATA& record : records) {
+            _DeleteRecursively({*m_folder, nullptr, &record});
         }
+    } catch (const ended&) {
+        return;
     }
 }
 
-std::int64_t CItemsDeletion::_CountSubitemsAndSelf(const subject& counted) {
-    for (;;) {
-        int answer = IDCANCEL;
-        try {
-            return count(counted);
-        } catch (const vfs::exception& failure) {
-            answer = m_prompt.ask(failure.get_name(), failure.get_description(), retry_style);
-        } catch (const std::exception& failure) {
-            answer = m_prompt.ask(ui::load_string(IDS_DELETE_ERROR),
-                                  utils::widen(utils::narrow_message(failure)), retry_style);
-        }
-        if (answer != IDRETRY) {
-            return -1;
-        }
-    }
+std::uint64_t CItemsDeletion::_CountSubitemsAndSelf(const subject& counted) {
+    return repeat([&] { return count(counted); }, [&] { return is_wanted_again(nullptr); });
 }
 
-std::int64_t CItemsDeletion::count(const subject& counted) {
-    if (m_progress.has_user_cancelled()) {
-        return -1;
-    }
+std::uint64_t CItemsDeletion::count(const subject& counted) {
     const vfs::item_ptr item = find(counted);
-    if (m_progress.has_user_cancelled()) {
-        return -1;
-    }
-    std::int64_t found = 1;
+    std::uint64_t found = 1;
     if (const auto directory = as_directory(item, L"_CountSubitemsAndSelf")) {
         for (const vfs::item_ptr& child : directory->get_items()) {
-            const std::int64_t below = _CountSubitemsAndSelf({*directory, child});
-            if (below < 0) {
-                return below;
-            }
-            found += below;
+            found += _CountSubitemsAndSelf({*directory, child});
         }
     }
     return found;
 }
 
-HRESULT CItemsDeletion::_DeleteRecursively(const subject& deleted) {
-    for (;;) {
-        int answer = IDCANCEL;
-        try {
-            return delete_once(deleted);
-        } catch (const vfs::exception& failure) {
-            const std::wstring name =
-                deleted.item ? deleted.item->get_name() : deleted.record->get_name();
-            answer = m_prompt.ask(IDS_DELETE_ERROR, IDS_DELETE_FAILED,
-                                  {name, failure.get_description()}, retry_style);
-        } catch (const std::exception& failure) {
-            answer = m_prompt.ask(ui::load_string(IDS_DELETE_ERROR),
-                                  utils::widen(utils::narrow_message(failure)), retry_style);
-        }
-        if (answer != IDRETRY) {
-            return E_FAIL;
-        }
-    }
+void CItemsDeletion::_DeleteRecursively(const subject& deleted) {
+    repeat([&] { delete_once(deleted); }, [&] { return is_wanted_again(&deleted); });
 }
 
-HRESULT CItemsDeletion::delete_once(const subject& deleted) {
-    if (m_progress.has_user_cancelled()) {
-        return E_FAIL;
-    }
+void CItemsDeletion::delete_once(const subject& deleted) {
     const vfs::item_ptr item = find(deleted);
-    if (m_progress.has_user_cancelled()) {
-        return E_FAIL;
-    }
     if (const auto directory = m_permanent ? as_directory(item, L"_DeleteRecursively") : nullptr) {
         for (const vfs::item_ptr& child : directory->get_items()) {
-            if (const HRESULT status = _DeleteRecursively({*directory, child}); FAILED(status)) {
-                return status;
-            }
+            _DeleteRecursively({*directory, child});
         }
     }
-    if (m_progress.has_user_cancelled()) {
-        return E_FAIL;
-    }
+    check_cancelled();
     m_progress.set_line(1, ui::load_string(IDS_DELETING_ITEM, {item->get_name()}));
     deleted.directory.delete_item(item, !m_permanent);
     ++m_done;
     m_progress.set_progress(m_done, m_total);
-    return S_OK;
+}
+
+bool CItemsDeletion::is_wanted_again(const subject* deleted) {
+    bool wanted = false;
+    try {
+        throw;
+    } catch (const vfs::exception& failure) {
+        wanted = deleted ? m_prompt.ask(IDS_DELETE_ERROR, IDS_DELETE_FAILED,
+                                        {name_of(*deleted), failure.get_description()},
+                                        MB_ICONSTOP | MB_RETRYCANCEL) == IDRETRY
+                         : wants_retry(m_prompt);
+    } catch (const std::exception&) {
+        wanted = wants_retry(m_prompt);
+    }
+    if (!wanted) {
+        throw ended();
+    }
+    return true;
+}
+
+void CItemsDeletion::check_cancelled() {
+    if (m_progress.has_user_cancelled()) {
+        throw ended();
+    }
 }
 
 vfs::item_ptr CItemsDeletion::find(const subject& wanted) {
+    check_cancelled();
+    vfs::item_ptr found = look_up(wanted);
+    check_cancelled();
+    return found;
+}
+
+std::wstring CItemsDeletion::name_of(const subject& named) {
+    return named.item ? named.item->get_name() : named.record->get_name();
+}
+
+vfs::item_ptr CItemsDeletion::look_up(const subject& wanted) {
     if (wanted.item) {
         return wanted.item;
     }

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace transfer {
@@ -33,12 +34,21 @@ private:
         const shell::PIDLDATA* record = nullptr;
     };
 
-    /// With all that lies below; -1 when the user ended it.
-    std::int64_t _CountSubitemsAndSelf(const subject& counted);
-    std::int64_t count(const subject& counted);
-    HRESULT _DeleteRecursively(const subject& deleted);
-    HRESULT delete_once(const subject& deleted);
+    /// The user ends it all; nothing is shown.
+    struct ended {};
+
+    /// With all that lies below.
+    std::uint64_t _CountSubitemsAndSelf(const subject& counted);
+    std::uint64_t count(const subject& counted);
+    void _DeleteRecursively(const subject& deleted);
+    void delete_once(const subject& deleted);
+    /// Asks about the failure that is being handled, of what was to be deleted or, for null, of a
+    /// count. True for another try; throws `ended`, and failures that are not for the user.
+    bool is_wanted_again(const subject* deleted);
+    void check_cancelled();
     vfs::item_ptr find(const subject& wanted);
+    static vfs::item_ptr look_up(const subject& wanted);
+    static std::wstring name_of(const subject& named);
 
     const std::shared_ptr<vfs::directory> m_folder;
     const bool m_permanent;

@@ -12,7 +12,6 @@
 
 #include <shlobj.h>
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -40,29 +39,9 @@ bool is_wanted(HWND owner, const std::vector<shell::PIDLDATA>& records, bool per
                             MB_YESNO | MB_ICONEXCLAMATION) == IDYES;
 }
 
-/// Tells the shell, whatever became of the deletion.
-class folder_notice {
-public:
-    explicit folder_notice(const shell::CItemIDList& folder) : m_folder(folder) {}
-
-    folder_notice(const folder_notice&) = delete;
-    folder_notice& operator=(const folder_notice&) = delete;
-
-    ~folder_notice() { shell::notify_change(SHCNE_UPDATEDIR, m_folder); }
-
-private:
-    const shell::CItemIDList& m_folder;
-};
-
 void _DoDeleteItemThread(const selection& items, HWND owner, bool permanent) {
-    const folder_notice notice(items.list);
-    std::optional<CProgressDialog> dialog;
-    try {
-        dialog.emplace(owner);
-    } catch (const com::status_exception&) {
-        throw com::worker_exception(L"Progress Dialog initialize failed");
-    }
-    CProgressDialog& progress = *dialog;
+    const shell::folder_update notice(items.list);
+    CProgressDialog progress = make_progress_dialog(owner, L"Progress Dialog initialize failed");
     const started_progress shown(progress);
     progress.set_progress(0, 0);
     progress.reset_timer();

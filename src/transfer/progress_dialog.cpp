@@ -1,6 +1,7 @@
 #include "transfer/progress_dialog.h"
 
 #include "com/guard.h"
+#include "com/worker.h"
 
 namespace transfer {
 
@@ -53,6 +54,14 @@ bool CProgressDialog::has_user_cancelled() {
 
 void CProgressDialog::stop() noexcept {
     m_dialog->StopProgressDialog();
+}
+
+CProgressDialog make_progress_dialog(HWND owner, const wchar_t* refusal) {
+    try {
+        return CProgressDialog(owner);
+    } catch (const com::status_exception&) {
+        throw com::worker_exception(refusal);
+    }
 }
 
 } // namespace transfer

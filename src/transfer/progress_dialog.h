@@ -32,4 +32,8 @@ private:
     ULONGLONG m_shown = 0;
 };
 
+/// One for a worker, which fails with the words `refusal`, a `com::worker_exception`, when the
+/// platform refuses.
+CProgressDialog make_progress_dialog(HWND owner, const wchar_t* refusal);
+
 } // namespace transfer

@@ -93,4 +93,13 @@ struct registry_key_traits {
 
 using unique_registry_key = unique_resource<registry_key_traits>;
 
+/// The same key once more, for reading; null for null, and for one that cannot be opened.
+inline unique_registry_key duplicate_key(HKEY key) noexcept {
+    unique_registry_key copy;
+    if (key) {
+        ::RegOpenKeyExW(key, nullptr, 0, KEY_READ, copy.put());
+    }
+    return copy;
+}
+
 } // namespace utils

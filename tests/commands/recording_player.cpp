@@ -94,13 +94,18 @@ void record_if_player() {
     for (int index = 1; index < count; ++index) {
         text += (index == 1 ? L"" : L"|") + std::wstring(arguments.get()[index]);
     }
-    const std::filesystem::path record = path;
-    const std::filesystem::path half = record.wstring() + L".half";
+    write_record(path, text);
+    ExitProcess(0);
+}
+
+void write_record(const std::filesystem::path& record, const std::wstring& text) {
+    const std::filesystem::path half =
+        record.wstring() + L"." + std::to_wstring(GetCurrentProcessId());
     std::ofstream(half, std::ios::binary)
         .write(reinterpret_cast<const char*>(text.data()),
                static_cast<std::streamsize>(text.size() * sizeof(wchar_t)));
-    std::filesystem::rename(half, record);
-    ExitProcess(0);
+    // The one before may not have been looked at yet.
+    support::eventually([&] { return MoveFileW(half.c_str(), record.c_str()) != FALSE; });
 }
 
 } // namespace commands

@@ -31,6 +31,9 @@ public:
 
     const std::wstring& executable() const { return executable_; }
 
+    /// Where a start is noted.
+    const std::filesystem::path& record() const { return record_; }
+
 private:
     std::wstring executable_;
     std::filesystem::path record_;
@@ -38,5 +41,8 @@ private:
 
 /// What `main` calls first: in the player it notes the arguments and does not return.
 void record_if_player();
+
+/// Notes `text` as `next_start` reads it, once the note before was read.
+void write_record(const std::filesystem::path& record, const std::wstring& text);
 
 } // namespace commands

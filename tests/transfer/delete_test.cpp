@@ -8,6 +8,7 @@
 #include "com/module_lock.h"
 #include "transfer/delete_items.h"
 #include "transfer/delete_worker.h"
+#include "transfer/restore.h"
 
 #include <memory>
 #include <thread>
@@ -141,6 +142,29 @@ TEST_F(deletions, mean_the_items_that_were_selected) {
     const auto left = records(*trash);
     ASSERT_EQ(left.size(), 1U);
     EXPECT_EQ(left[0].get_id(), both[0].get_id());
+}
+
+TEST_F(deletions, are_taken_back) {
+    for (const auto& item : folder->get_items()) {
+        folder->delete_item(item, true);
+    }
+    selection both{trash, shell::CItemIDList(), records(*trash)};
+    ASSERT_EQ(both.records.size(), 2U);
+    EXPECT_EQ(restore_selection({folder, {}, both.records}), E_INVALIDARG);
+    EXPECT_EQ(restore_selection({trash, {}, {}}), E_INVALIDARG);
+    // What fails ends it: those before are back, and are not asked for again.
+    control.fault({{"kind", "error"},
+                   {"action", "restore_file_from_trash"},
+                   {"type", "0"},
+                   {"name", "Refused"},
+                   {"description", "Not now"}});
+    EXPECT_EQ(support::failure_of([&] { restore_selection(both); }), L"Refused: Not now");
+    EXPECT_EQ(folder->get_items().size(), 1U);
+    both.records = records(*trash);
+    EXPECT_EQ(restore_selection(both), S_OK);
+    EXPECT_EQ(asked(), "restore_file_from_trash");
+    EXPECT_EQ(folder->get_items().size(), 2U);
+    EXPECT_TRUE(trash->get_items().empty());
 }
 
 TEST_F(deletions, run_on_a_thread_of_their_own) {

@@ -1,5 +1,6 @@
 #include "transfer/local_items/hdrop_file.h"
 
+#include "utils/file_time.h"
 #include "utils/unique_handle.h"
 
 #include <io.h>
@@ -31,14 +32,6 @@ std::uint64_t joined(DWORD high, DWORD low) noexcept {
     return static_cast<std::uint64_t>(high) << 32 | low;
 }
 
-/// From steps of 100 ns since 1601.
-vfs::time_seconds seconds_of(const FILETIME& time) noexcept {
-    constexpr std::uint64_t steps_in_second = 10'000'000;
-    constexpr vfs::time_seconds from_1601_to_1970 = 11'644'473'600;
-    const std::uint64_t steps = joined(time.dwHighDateTime, time.dwLowDateTime);
-    return static_cast<vfs::time_seconds>(steps / steps_in_second) - from_1601_to_1970;
-}
-
 struct file_times {
     FILETIME creation;
     FILETIME access;
@@ -59,7 +52,7 @@ vfs::time_seconds read_time(const std::wstring& path, FILETIME file_times::* wan
     if (::GetFileTime(file.get(), &times.creation, &times.access, &times.modification) == FALSE) {
         throw CWrapperException(name + L": Can't get file time", {});
     }
-    return seconds_of(times.*wanted);
+    return utils::seconds_of(times.*wanted);
 }
 
 } // namespace
@@ -194,7 +187,7 @@ std::optional<CHDROPFile::state> CHDROPFile::state_of(std::FILE* stream) {
         return std::nullopt;
     }
     return state{joined(found.nFileSizeHigh, found.nFileSizeLow),
-                 joined(found.ftLastWriteTime.dwHighDateTime, found.ftLastWriteTime.dwLowDateTime)};
+                 utils::steps_of(found.ftLastWriteTime)};
 }
 
 bool CHDROPFile::has_changed() const {

@@ -69,7 +69,7 @@ private:
     /// By which one sees that somebody has written to a file.
     struct state {
         std::uint64_t size;
-        std::uint64_t written; ///< the time of it
+        std::int64_t written; ///< the time of it
 
         bool operator==(const state&) const = default;
     };

@@ -56,14 +56,21 @@ ComPtr<IDataObject> data_object_of(const paths& files) {
     return object;
 }
 
-void drop_on(const GUID& target_class, const paths& files) {
+/// Null when it cannot be made: the program may be gone.
+ComPtr<IDropTarget> make_target(const GUID& target_class) {
     ComPtr<IDropTarget> target;
-    com::check(CoCreateInstance(target_class, nullptr, CLSCTX_ALL, IID_PPV_ARGS(&target)));
+    if (FAILED(CoCreateInstance(target_class, nullptr, CLSCTX_ALL, IID_PPV_ARGS(&target)))) {
+        target.Reset();
+    }
+    return target;
+}
+
+void drop_on(IDropTarget& target, const paths& files) {
     const ComPtr<IDataObject> object = data_object_of(files);
     DWORD effect = DROPEFFECT_COPY | DROPEFFECT_LINK;
-    com::check(target->DragEnter(object.Get(), 0, POINTL{}, &effect));
+    com::check(target.DragEnter(object.Get(), 0, POINTL{}, &effect));
     effect = DROPEFFECT_COPY | DROPEFFECT_LINK;
-    com::check(target->Drop(object.Get(), 0, POINTL{}, &effect));
+    com::check(target.Drop(object.Get(), 0, POINTL{}, &effect));
 }
 
 bool execute(const std::filesystem::path& file, HWND owner, HKEY verb_key,
@@ -102,8 +109,14 @@ void launch_files(const paths& files, HWND owner, HKEY verb_key, bool open_with)
         verb = commands.read_verb(verb_key);
     }
     if (!mixed && files.size() > 1 && verb.drop_target != GUID{}) {
-        drop_on(verb.drop_target, files);
-        return;
+        if (const ComPtr<IDropTarget> target = make_target(verb.drop_target)) {
+            try {
+                drop_on(*target.Get(), files);
+            } catch (const com::status_exception&) {
+                tell_not_started(owner);
+            }
+            return;
+        }
     }
     for (const std::filesystem::path& file : files) {
         if (!execute(file, owner, verb_key, verb.name)) {

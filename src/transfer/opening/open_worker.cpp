@@ -6,9 +6,10 @@
 #include "resources/string_ids.h"
 #include "shell_items/file_types.h"
 #include "shell_items/seams.h"
-#include "syncer/binding_manager.h"
+#include "transfer/opening/download_mutex.h"
 #include "transfer/opening/launch_files.h"
 #include "transfer/opening/local_copy.h"
+#include "transfer/opening/temp_binding.h"
 #include "transfer/progress_dialog.h"
 #include "transfer/worker_failure.h"
 #include "ui/message.h"
@@ -18,10 +19,11 @@
 #include "vfs/exceptions.h"
 #include "vfs/file.h"
 #include "vfs_quilldeck/session/session.h"
-#include "vfs_quilldeck/session/session_objects.h"
 
 #include <shellapi.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -29,6 +31,8 @@
 namespace transfer {
 
 namespace {
+
+constexpr auto not_logged_in = L"Not logged in";
 
 /// What a selection consists of, each in the order of the selection.
 struct sorted_selection {
@@ -69,7 +73,7 @@ sorted_selection sort(const selection& items) {
             add_link(items, record, sorted.video);
         } else {
             sorted.files.push_back(&record);
-            sorted.total += static_cast<std::uint64_t>(record.size);
+            sorted.total += static_cast<std::uint64_t>(std::max<std::int64_t>(record.size, 0));
         }
     }
     return sorted;
@@ -91,109 +95,69 @@ void open_directories(const selection& items, const std::vector<const shell::PID
     }
 }
 
-/// The mutex of all downloads to this machine, which the session process makes.
-class download_mutex {
-public:
-    download_mutex()
-        : m_mutex(OpenMutexW(SYNCHRONIZE | MUTEX_MODIFY_STATE, FALSE,
-                             vfs_quilldeck::transfer_mutex_name)) {
-        if (!m_mutex) {
-            throw com::worker_exception(L"Error opening mutex");
-        }
-    }
-
-    /// Waits without limit, but for the user. Throws `CLocalCopying::user_cancel`.
-    void lock(IProgressSink& progress) {
-        // One whose owner died is held: a download leaves nothing half done in its place.
-        constexpr DWORD look_around = 200;
-        while (WaitForSingleObject(m_mutex.get(), look_around) == WAIT_TIMEOUT) {
-            if (progress.has_user_cancelled()) {
-                throw com::worker_exception(CLocalCopying::user_cancel);
-            }
-        }
-    }
-
-    void unlock() noexcept { ReleaseMutex(m_mutex.get()); }
-
-private:
-    utils::unique_handle m_mutex;
-};
-
-class download_hold {
-public:
-    download_hold(download_mutex& mutex, IProgressSink& progress) : m_mutex(mutex) {
-        mutex.lock(progress);
-    }
-
-    download_hold(const download_hold&) = delete;
-    download_hold& operator=(const download_hold&) = delete;
-
-    ~download_hold() { m_mutex.unlock(); }
-
-private:
-    download_mutex& m_mutex;
-};
-
-std::wstring signed_in_user() {
+vfs::user_info signed_in_user() {
     if (!vfs_quilldeck::is_logged_in(utils::own_module())) {
-        throw com::worker_exception(L"Not logged in");
+        throw com::worker_exception(not_logged_in);
     }
-    return vfs_quilldeck::get_user_info(utils::own_module()).user_name;
+    return vfs_quilldeck::get_user_info(utils::own_module());
+}
+
+/// Whether it is still the same user.
+bool is_signed_in(const vfs::user_info& user) {
+    const HMODULE module = utils::own_module();
+    return vfs_quilldeck::is_logged_in(module) &&
+           vfs_quilldeck::get_user_info(module).user_id == user.user_id;
 }
 
 /// Lets what the user changes in a local copy go back to the store. A failure is told and no more:
 /// the copy is there to be opened.
-void _CreateTempBinding(HWND owner, IUnknown* progress, const std::wstring& folder_path,
+void _CreateTempBinding(HWND window, const std::wstring& user_name, const std::wstring& folder_path,
                         const std::filesystem::path& local) {
-    const HWND window = ui::window_over(owner, progress);
-    const auto show = [window](const std::wstring& caption, const std::wstring& text) {
-        ui::show_message(window, caption, text, MB_ICONSTOP);
-    };
     try {
-        const std::wstring remote = L"Quilldeck" + folder_path;
-        const std::wstring name = local.filename().native();
-        syncer::binding_manager transaction(signed_in_user(), true);
-        if (transaction.has_binding(remote, local.parent_path(), name)) {
-            transaction.remove_binding(remote, local.parent_path(), name);
-        }
-        transaction.add_binding({remote, local.parent_path(), name,
-                                 syncer::binding_mode::edited_copy, syncer::binding_type::temporary,
-                                 L"", 0, syncer::edited_copy_rule});
-        transaction.save();
-    } catch (const com::worker_exception& failure) {
-        show(L"Internal error", failure.words());
+        create_temp_binding(user_name, folder_path, local);
     } catch (const vfs::exception&) {
         ui::show_current_failure(window);
     } catch (const std::exception&) {
         ui::show_current_failure(window, "Error");
     } catch (...) {
-        show(L"Internal error", L"Unknown error in CDataObjectImpl::_CreateTempBinding()");
+        ui::show_message(window, L"Internal error",
+                         L"Unknown error in CDataObjectImpl::_CreateTempBinding()", MB_ICONSTOP);
     }
 }
 
 /// The local copies of what could be brought here.
 std::vector<std::filesystem::path> copy_files(const selection& items,
                                               const sorted_selection& sorted, HWND owner) {
-    CProgressDialog progress(owner);
-    download_mutex mutex;
+    CProgressDialog progress = make_progress_dialog(owner, L"ProgressDialog create failed");
+    const download_mutex mutex;
     const started_progress shown(progress);
     progress.set_progress(0, sorted.total);
     progress.reset_timer();
     progress.set_title(ui::load_string(IDS_DOWNLOADING));
     ui::message_prompt prompt(owner, progress.get());
+    const vfs::user_info user = signed_in_user();
     const std::wstring folder_path = items.folder->get_path();
-    CLocalCopying copying(signed_in_user(), items.folder, folder_path, sorted.total, progress,
+    const bool is_bound = has_path_of_its_own(*items.folder, !user.user_access_id.empty());
+    CLocalCopying copying(user.user_name, items.folder, folder_path, sorted.total, progress,
                           prompt);
     std::vector<std::filesystem::path> copies;
     for (const shell::PIDLDATA* record : sorted.files) {
         try {
             progress.set_line(1, ui::load_string(IDS_DOWNLOADING_FILE, {record->get_name()}));
             progress.set_line(2, ui::load_string(IDS_DOWNLOADING_FROM, {items.list.path_string()}));
-            const download_hold hold(mutex, progress);
-            signed_in_user();
+            const download_mutex::hold hold(mutex, progress);
+            if (!is_signed_in(user)) {
+                prompt.ask(L"Internal error", not_logged_in, MB_ICONSTOP);
+                break;
+            }
             const std::filesystem::path local = copying.copy(*record);
-            _CreateTempBinding(owner, progress.get(), folder_path, local);
+            if (is_bound) {
+                _CreateTempBinding(ui::window_over(owner, progress.get()), user.user_name,
+                                   folder_path, local);
+            }
             copies.push_back(local);
+        } catch (const user_cancelled&) {
+            continue;
         } catch (const com::worker_exception&) {
             continue;
         } catch (const vfs::exception&) {
@@ -216,15 +180,6 @@ void _OpenFilesThread(const selection& items, HWND owner, HKEY verb_key, bool op
     }
 }
 
-/// The same key once more, for a thread that outlives its owner.
-std::shared_ptr<utils::unique_registry_key> duplicate(HKEY key) {
-    auto copy = std::make_shared<utils::unique_registry_key>();
-    if (key) {
-        RegOpenKeyExW(key, nullptr, 0, KEY_READ, copy->put());
-    }
-    return copy;
-}
-
 } // namespace
 
 HRESULT open_selection(const selection& items, HWND owner, HKEY verb_key, bool open_with) noexcept {
@@ -232,8 +187,13 @@ HRESULT open_selection(const selection& items, HWND owner, HKEY verb_key, bool o
         if (items.records.empty()) {
             return E_INVALIDARG;
         }
+        const auto key =
+            std::make_shared<utils::unique_registry_key>(utils::duplicate_key(verb_key));
+        if (verb_key && !*key) {
+            return E_FAIL;
+        }
         return com::start_worker(
-            [items, owner, key = duplicate(verb_key), open_with] {
+            [items, owner, key, open_with] {
                 _OpenFilesThread(items, owner, key->get(), open_with);
             },
             [] { show_worker_failure(L"CDataObjectImpl::_OpenFilesThread()"); });

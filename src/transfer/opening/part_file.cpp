@@ -1,6 +1,7 @@
 #include "transfer/opening/part_file.h"
 
 #include "com/worker.h"
+#include "utils/file_time.h"
 
 #include <string>
 
@@ -8,11 +9,12 @@ namespace transfer {
 
 namespace {
 
-constexpr std::int64_t steps_in_second = 10'000'000;
-constexpr std::int64_t from_1601_to_1970 = 11'644'473'600;
-
-std::int64_t joined(const FILETIME& time) noexcept {
-    return static_cast<std::int64_t>(time.dwHighDateTime) << 32 | time.dwLowDateTime;
+std::int64_t time_of(const utils::unique_file& file) {
+    FILETIME time;
+    if (!GetFileTime(file.get(), nullptr, nullptr, &time)) {
+        throw com::worker_exception(L"file::get_modification_date(): Can't get file time");
+    }
+    return utils::steps_of(time);
 }
 
 } // namespace
@@ -28,30 +30,24 @@ std::optional<std::int64_t> read_file_time(const std::filesystem::path& path) {
         }
         throw com::worker_exception(L"file::get_modification_date(): Can't open file");
     }
-    FILETIME time;
-    if (!GetFileTime(file.get(), nullptr, nullptr, &time)) {
-        throw com::worker_exception(L"file::get_modification_date(): Can't get file time");
-    }
-    return joined(time);
-}
-
-vfs::time_seconds seconds_of_file_time(std::int64_t time) noexcept {
-    return time / steps_in_second - from_1601_to_1970;
+    return time_of(file);
 }
 
 part_file::part_file(const std::filesystem::path& place) : m_place(place) {
-    // Names of its own for each process and each attempt: a file that is there is another's.
+    // A file of that name is what the store has under it, or was left by a machine that went down.
     for (int number = 0; number < 1000; ++number) {
         std::wstring name = L"~quilldeck";
-        name.append(std::to_wstring(GetCurrentProcessId()))
-            .append(L"-")
-            .append(std::to_wstring(number))
-            .append(L".part");
+        for (const DWORD part : {GetCurrentProcessId(), GetCurrentThreadId()}) {
+            name.append(std::to_wstring(part)).append(L"-");
+        }
+        name.append(std::to_wstring(number)).append(L".part");
         m_path = place.parent_path() / name;
-        m_file.reset(CreateFileW(m_path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
-                                 CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+        m_file.reset(CreateFileW(m_path.c_str(), GENERIC_READ | GENERIC_WRITE | DELETE,
+                                 FILE_SHARE_READ, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL,
+                                 nullptr));
         if (m_file) {
             m_ours = true;
+            set_passing(true);
             return;
         }
         if (GetLastError() != ERROR_FILE_EXISTS) {
@@ -61,26 +57,43 @@ part_file::part_file(const std::filesystem::path& place) : m_place(place) {
 }
 
 part_file::~part_file() {
-    m_file.reset();
     if (m_ours) {
+        m_file.reset();
         DeleteFileW(m_path.c_str());
     }
 }
 
-bool part_file::set_time(vfs::time_seconds time) const noexcept {
-    const std::int64_t steps = (time + from_1601_to_1970) * steps_in_second;
-    const FILETIME written{static_cast<DWORD>(steps), static_cast<DWORD>(steps >> 32)};
-    return SetFileTime(m_file.get(), nullptr, nullptr, &written) != FALSE;
+std::int64_t part_file::set_time(vfs::time_seconds time) const {
+    const std::optional<FILETIME> written = utils::file_time_of(time);
+    if (time != vfs::time_unknown && written &&
+        !SetFileTime(m_file.get(), nullptr, nullptr, &*written)) {
+        throw com::worker_exception(L"file::set_modification_date(): Can't get file time");
+    }
+    return time_of(m_file);
 }
 
 bool part_file::move_into_place() noexcept {
+    set_passing(false);
     m_file.reset();
     const DWORD attributes = GetFileAttributesW(m_place.c_str());
-    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+    const bool protects_itself =
+        attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+    if (protects_itself) {
         SetFileAttributesW(m_place.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
     }
     m_ours = MoveFileExW(m_path.c_str(), m_place.c_str(), MOVEFILE_REPLACE_EXISTING) == FALSE;
+    if (m_ours && protects_itself) {
+        SetFileAttributesW(m_place.c_str(), attributes);
+    }
     return !m_ours;
+}
+
+void part_file::set_passing(bool passing) const noexcept {
+    if (m_file) {
+        FILE_DISPOSITION_INFO disposition{passing};
+        SetFileInformationByHandle(m_file.get(), FileDispositionInfo, &disposition,
+                                   sizeof(disposition));
+    }
 }
 
 } // namespace transfer

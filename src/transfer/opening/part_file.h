@@ -15,11 +15,8 @@ namespace transfer {
 /// Nothing when there is no file. Throws `com::worker_exception` when it cannot be asked for.
 std::optional<std::int64_t> read_file_time(const std::filesystem::path& path);
 
-/// The same time in the unit of the contracts, cut to whole seconds.
-vfs::time_seconds seconds_of_file_time(std::int64_t time) noexcept;
-
 /// A local file that is being made beside its place. Unless it is moved there, it goes with this
-/// object.
+/// object, and with the process if that ends before. A thread has one at a time.
 class part_file {
 public:
     /// False by `operator bool` when it could not be made.
@@ -33,13 +30,19 @@ public:
     /// Open for writing until it is moved.
     HANDLE get() const noexcept { return m_file.get(); }
 
-    bool set_time(vfs::time_seconds time) const noexcept;
+    /// Gives the file, once it is written, the time of its last change, and answers the time that
+    /// it has then, as `read_file_time` does. A time that no file can have leaves that of the last
+    /// write. Throws `com::worker_exception`.
+    std::int64_t set_time(vfs::time_seconds time) const;
 
     /// Closes the file and puts it in the place, over whatever is there. May be tried again after a
     /// failure.
     bool move_into_place() noexcept;
 
 private:
+    /// Whether the file is to go with its handle.
+    void set_passing(bool passing) const noexcept;
+
     const std::filesystem::path m_place;
     std::filesystem::path m_path;
     utils::unique_file m_file;

@@ -1,3 +1,4 @@
+#include "companions.h"
 #include "process_census.h"
 #include "second_process.h"
 #include "store_test.h"
@@ -6,8 +7,6 @@
 #include "vfs_quilldeck/session/session_objects.h"
 #include "vfs_quilldeck/session/shared_user_info.h"
 #include "vfs_quilldeck/wire/text_encoding.h"
-
-#include <tlhelp32.h>
 
 #include <cstring>
 #include <regex>
@@ -19,24 +18,9 @@ namespace vfs_quilldeck {
 
 namespace {
 
-constexpr auto not_logged_in = L"Get connection from cache failed: Not logged in";
+using support::kill_companion;
 
-/// Ends a companion as a crash would. The prefix is this program's own, so any of its name is
-/// meant.
-void kill_companion(const wchar_t* program) {
-    const utils::unique_handle processes(CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0));
-    PROCESSENTRY32W entry{};
-    entry.dwSize = sizeof(entry);
-    for (BOOL more = Process32FirstW(processes.get(), &entry); more;
-         more = Process32NextW(processes.get(), &entry)) {
-        if (_wcsicmp(entry.szExeFile, program) == 0) {
-            const utils::unique_handle process(
-                OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, entry.th32ProcessID));
-            TerminateProcess(process.get(), 1);
-            WaitForSingleObject(process.get(), INFINITE);
-        }
-    }
-}
+constexpr auto not_logged_in = L"Get connection from cache failed: Not logged in";
 
 bool session_runs() {
     return bool(utils::unique_handle(OpenEventW(SYNCHRONIZE, FALSE, session_event_name)));
