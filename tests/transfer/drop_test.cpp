@@ -308,22 +308,6 @@ TEST_F(drops, bring_local_and_virtual_trees) {
     EXPECT_EQ(read(L"beside.txt"), "beside");
 }
 
-TEST_F(drops, never_take_a_part_for_the_whole) {
-    // The source dies in the middle, or lies about its size.
-    for (const std::size_t dies_at : {std::size_t{0}, std::size_t{20'000}, std::size_t{69'999}}) {
-        const auto data = com::make<virtual_files>();
-        data->files = virtual_tree;
-        data->files.back().dies_at = dies_at;
-        answering_user user([](const std::wstring&) { return IDIGNORE; });
-        EXPECT_EQ(drop(*target().Get(), *data.Get(), MK_SHIFT).second, 0U);
-        EXPECT_EQ(user.texts().size(), 1U);
-        auto expected = whole_tree;
-        expected.erase(L"tree/inner/b.bin");
-        EXPECT_EQ(tree_of(*place), expected);
-        place->delete_item(place->find_item_by_name(L"tree", true), false);
-    }
-}
-
 TEST_F(drops, serve_hosts_without_an_apartment_of_their_own) {
     std::jthread([&] {
         const com::apartment shared(COINIT_MULTITHREADED);
