@@ -131,7 +131,7 @@
 #define IDS_DELETING_ITEM 1803
 #define IDS_DELETING 1804
 #define IDS_PREPARING_DELETE 1805
-#define IDS_DELETE_ERROR 1850
+#define IDS_ERROR 1850
 #define IDS_DELETE_FAILED 1856
 
 // Failures of opening, and the questions about a local copy that was changed.

@@ -84,7 +84,7 @@ bool CItemsDeletion::is_wanted_again(const subject* deleted) {
     try {
         throw;
     } catch (const vfs::exception& failure) {
-        wanted = deleted ? m_prompt.ask(IDS_DELETE_ERROR, IDS_DELETE_FAILED,
+        wanted = deleted ? m_prompt.ask(IDS_ERROR, IDS_DELETE_FAILED,
                                         {name_of(*deleted), failure.get_description()},
                                         MB_ICONSTOP | MB_RETRYCANCEL) == IDRETRY
                          : wants_retry(m_prompt);

@@ -20,9 +20,9 @@ bool wants_retry(ui::prompt& prompt) {
     } catch (const vfs::exception& failure) {
         return ask(failure.get_name(), failure.get_description());
     } catch (const com::worker_exception& failure) {
-        return ask(ui::load_string(IDS_DELETE_ERROR), failure.words());
+        return ask(ui::load_string(IDS_ERROR), failure.words());
     } catch (const std::exception& failure) {
-        return ask(ui::load_string(IDS_DELETE_ERROR), utils::widen(utils::narrow_message(failure)));
+        return ask(ui::load_string(IDS_ERROR), utils::widen(utils::narrow_message(failure)));
     }
 }
 

@@ -90,7 +90,7 @@ bool execute(const std::filesystem::path& file, HWND owner, HKEY verb_key,
 }
 
 void tell_not_started(HWND owner) {
-    ui::show_message(owner, IDS_DELETE_ERROR, IDS_PROGRAM_NOT_STARTED, {}, MB_ICONSTOP);
+    ui::show_message(owner, IDS_ERROR, IDS_PROGRAM_NOT_STARTED, {}, MB_ICONSTOP);
 }
 
 } // namespace

@@ -130,7 +130,7 @@ bool CLocalCopying::may_replace(const std::filesystem::path& local) {
     if (known && known->date_given == *time) {
         return true;
     }
-    switch (m_prompt.ask(IDS_DELETE_ERROR, IDS_COPY_WAS_EDITED, {local.filename().native()},
+    switch (m_prompt.ask(IDS_ERROR, IDS_COPY_WAS_EDITED, {local.filename().native()},
                          MB_ICONEXCLAMATION | MB_YESNOCANCEL)) {
     case IDYES:
         return false;
@@ -169,7 +169,7 @@ bool CLocalCopying::download(vfs::file& file, const std::filesystem::path& local
     });
     const std::int64_t came = pass_bytes(file, part->get());
     if (const std::int64_t announced = file.get_size(); came != announced) {
-        if (m_prompt.ask(IDS_DELETE_ERROR, IDS_FILE_CHANGED,
+        if (m_prompt.ask(IDS_ERROR, IDS_FILE_CHANGED,
                          {std::to_wstring(came), std::to_wstring(announced)},
                          MB_ICONSTOP | MB_RETRYCANCEL) != IDRETRY) {
             throw user_cancelled();
