@@ -30,6 +30,8 @@ using clock = std::chrono::steady_clock;
 constexpr int file_count = 5'000;
 /// How much later than that of one file the window of many is there.
 constexpr double window_seconds = 0.2;
+/// How often it is looked at whether a dialog is complete.
+constexpr UINT look_milliseconds = 30;
 constexpr double tree_bound = 1.1;
 constexpr int tree_folders = 1'000;
 
@@ -85,7 +87,7 @@ protected:
         const bool result = CPropertiesFileDlg::on_init();
         RedrawWindow(handle(), nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
         seen = since_begin();
-        SetTimer(handle(), 1, USER_TIMER_MINIMUM, nullptr);
+        SetTimer(handle(), 1, look_milliseconds, nullptr);
         return result;
     }
 
@@ -190,6 +192,8 @@ bool bench_tree(vfs_quilldeck::client& client, int repeats) {
         });
         dialog.show();
     };
+    // Both ways meet a store that has shown the tree before.
+    list(*tree);
     const auto times = bench::measure_in_turns(repeats, ours, [&] { list(*tree); });
     const double ratio = times.ratio();
     bench::report("size of a tree of 1,000 folders",
