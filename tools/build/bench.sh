@@ -44,9 +44,10 @@ for program in "$ROOT"/build/release/bin/bench_${1:-*}.exe; do
     say "measuring $name"
     arguments=("${@:2}")
     case $small$name in
-    yestransfer | yesdata_object) arguments=(8 1) ;;
+    yestransfer | yesdata_object | yesopen) arguments=(8 1) ;;
     yesdrop) arguments=(20 8 1) ;;
     yesproperties) arguments=(1) ;;
+    yestrash) arguments=(20 1) ;;
     esac
     "$PYTHON" "$ROOT/tools/support/with_service.py" --vsftpd -- "$ROOT/tools/build/wine-run" --host \
         "$ROOT/tools/build/bench.sh" --inside "$name" "${arguments[@]}" || status=$?
