@@ -19,7 +19,7 @@ public:
             copy_ = read_record(entry);
             record_ = copy_ ? &*copy_ : nullptr;
         } else if (entry.size() == record_size) {
-            record_ = static_cast<const PIDLDATA*>(static_cast<const void*>(entry.data()));
+            record_ = reinterpret_cast<const PIDLDATA*>(entry.data());
         }
     }
 
