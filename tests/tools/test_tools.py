@@ -58,7 +58,7 @@ class Lint(Folder):
                   "src/transfer/side.h": '#include "shell/b.h"', "src/syncer/com.h": "#include <ole2.h>",
                   "src/ui/bare.h": '#include "bare2.h"', "src/other/new.h": "",
                   "src/vfs_quilldeck/wire/up.h": '#include "vfs_quilldeck/session/client.h"',
-                  "src/dialogs/sync/side.h": '#include "dialogs/login/sign_in.h"',
+                  "src/dialogs/login/up.h": '#include "dialogs/sync/sync_page.h"',
                   "src/vfs_quilldeck/loose.h": '#include "vfs_quilldeck/wire/md5.h"'}
         for name, line in faults.items():
             self.write(name, line + "\n")
