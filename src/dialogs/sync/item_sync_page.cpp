@@ -32,6 +32,9 @@ constexpr sync_page_controls controls = {
     .hidden_notice = IDC_ITEM_SYNC_HIDDEN_NOTICE,
 };
 
+constexpr sync_page_ends ends = {
+    .own = &syncer::remote_path_of, .other = &syncer::local_path_of, .separator = L'\\'};
+
 /// A place on a volume with a letter; a list of the shell's own has no path, and a share none that
 /// can be bound.
 bool is_drive_path(const std::wstring& path) {
@@ -45,7 +48,7 @@ std::unique_ptr<CPropertiesPageDlg> create_sync_page(IPropertiesDialog& owner, i
 }
 
 CPropertiesItemSyncDlg::CPropertiesItemSyncDlg(IPropertiesDialog& owner, int mode) noexcept
-    : CPropertiesPageDlg(IDD_ITEM_SYNC, owner), CSyncPage(controls, mode) {}
+    : CPropertiesPageDlg(IDD_ITEM_SYNC, owner), CSyncPage(controls, ends, mode) {}
 
 HRESULT CPropertiesItemSyncDlg::load() {
     EnableWindow(handle(), FALSE);
@@ -105,19 +108,6 @@ void CPropertiesItemSyncDlg::show_items(const std::wstring& folder) {
     }
     show_entries(std::move(entries), std::move(local));
     EnableWindow(handle(), TRUE);
-}
-
-std::wstring CPropertiesItemSyncDlg::with_leaf(std::wstring folder) const {
-    return is_single() ? syncer::join_path(std::move(folder), get_entries().front().name, L'\\')
-                       : folder;
-}
-
-std::wstring CPropertiesItemSyncDlg::own_path_of(const syncer::binding& named) const {
-    return syncer::remote_path_of(named);
-}
-
-std::wstring CPropertiesItemSyncDlg::other_path_of(const syncer::binding& named) const {
-    return syncer::local_path_of(named);
 }
 
 std::optional<std::wstring> CPropertiesItemSyncDlg::browse() {

@@ -25,8 +25,6 @@ protected:
 
     void tell_changed(bool changed) noexcept override { set_modified(changed); }
 
-    std::wstring own_path_of(const syncer::binding& named) const override;
-    std::wstring other_path_of(const syncer::binding& named) const override;
     std::optional<std::wstring> browse() override;
     std::optional<std::wstring> chosen_folder(const std::wstring& text) const override;
     syncer::binding bind(const sync_entry& entry, const std::wstring& folder) const override;
@@ -39,7 +37,6 @@ protected:
 private:
     void ask_when_seen(bool seen);
     void show_items(const std::wstring& folder);
-    std::wstring with_leaf(std::wstring folder) const;
 
     /// The path of the folder that holds the items, with the store's name.
     std::wstring m_folder;

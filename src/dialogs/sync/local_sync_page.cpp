@@ -39,6 +39,9 @@ constexpr sync_page_controls controls = {
     .hidden_notice = IDC_LOCAL_SYNC_HIDDEN_NOTICE,
 };
 
+constexpr sync_page_ends ends = {
+    .own = &syncer::local_path_of, .other = &syncer::remote_path_of, .separator = L'/'};
+
 /// The first element of every remote path.
 constexpr std::wstring_view store_name = L"Quilldeck";
 
@@ -107,7 +110,7 @@ std::wstring path_of(const ITEMIDLIST* list) {
 } // namespace
 
 CLocalSyncPageDlg::CLocalSyncPageDlg(IUnknown& extension, IDataObject& items, int mode)
-    : property_page(IDD_LOCAL_SYNC), CSyncPage(controls, mode), m_extension(&extension),
+    : property_page(IDD_LOCAL_SYNC), CSyncPage(controls, ends, mode), m_extension(&extension),
       m_items(&items) {}
 
 bool CLocalSyncPageDlg::on_init() {
@@ -160,19 +163,6 @@ void CLocalSyncPageDlg::ask_for_default_folder() {
             set_default_other_end(with_leaf(folder));
         };
     });
-}
-
-std::wstring CLocalSyncPageDlg::with_leaf(std::wstring folder) const {
-    return is_single() ? syncer::join_path(std::move(folder), get_entries().front().name, L'/')
-                       : folder;
-}
-
-std::wstring CLocalSyncPageDlg::own_path_of(const syncer::binding& named) const {
-    return syncer::local_path_of(named);
-}
-
-std::wstring CLocalSyncPageDlg::other_path_of(const syncer::binding& named) const {
-    return syncer::remote_path_of(named);
 }
 
 std::optional<std::wstring> CLocalSyncPageDlg::browse() {

@@ -27,8 +27,6 @@ protected:
 
     void tell_changed(bool changed) noexcept override { set_changed(changed); }
 
-    std::wstring own_path_of(const syncer::binding& named) const override;
-    std::wstring other_path_of(const syncer::binding& named) const override;
     std::optional<std::wstring> browse() override;
     std::optional<std::wstring> chosen_folder(const std::wstring& text) const override;
     syncer::binding bind(const sync_entry& entry, const std::wstring& folder) const override;
@@ -39,7 +37,6 @@ protected:
 private:
     void load();
     void ask_for_default_folder();
-    std::wstring with_leaf(std::wstring folder) const;
 
     Microsoft::WRL::ComPtr<IUnknown> m_extension;
     Microsoft::WRL::ComPtr<IDataObject> m_items;

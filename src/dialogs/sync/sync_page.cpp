@@ -61,6 +61,12 @@ void CSyncPage::show_entries(std::vector<sync_entry> entries, std::wstring defau
     m_loading = false;
 }
 
+std::wstring CSyncPage::with_leaf(std::wstring folder) const {
+    return is_single()
+               ? syncer::join_path(std::move(folder), m_entries.front().name, m_ends.separator)
+               : folder;
+}
+
 void CSyncPage::set_default_other_end(std::wstring path) {
     m_default_other_end = std::move(path);
     show_untouched();
@@ -207,7 +213,7 @@ void CSyncPage::show_untouched() {
     }
     if (!m_touched.path_touched) {
         SetDlgItemTextW(page(), m_controls.other_end,
-                        shown(one ? other_path_of(*one) : m_default_other_end).c_str());
+                        shown(one ? m_ends.other(*one) : m_default_other_end).c_str());
     }
     update_visibility();
     m_loading = was_loading;
@@ -242,7 +248,7 @@ void CSyncPage::assign_bindings(const syncer::binding_set& all) {
 }
 
 bool CSyncPage::belongs(const syncer::binding& named, const sync_entry& entry) const {
-    const std::wstring path = own_path_of(named);
+    const std::wstring path = m_ends.own(named);
     return syncer::same_path(path, entry.path) ||
            (!entry.former_path.empty() && syncer::same_path(path, entry.former_path));
 }

@@ -27,6 +27,15 @@ struct sync_page_controls {
     int hidden_notice;
 };
 
+/// Which end of a binding is which on a page.
+struct sync_page_ends {
+    using path_of = std::wstring (*)(const syncer::binding& named);
+    path_of own;   ///< where the page's items are
+    path_of other; ///< where their counterparts are
+    /// Between the names of the other end's paths, as the page shows them.
+    wchar_t separator;
+};
+
 /// One selected item.
 struct sync_entry {
     bool is_directory = false;
@@ -50,17 +59,14 @@ public:
 
 protected:
     /// `mode` is a `shell::sync_page_mode`.
-    CSyncPage(const sync_page_controls& controls, int mode) noexcept
-        : m_controls(controls), m_mode(mode) {}
+    CSyncPage(const sync_page_controls& controls, const sync_page_ends& ends, int mode) noexcept
+        : m_controls(controls), m_ends(ends), m_mode(mode) {}
 
     virtual ~CSyncPage() = default;
 
     virtual HWND page() const noexcept = 0;
     /// There is something to apply, or no longer.
     virtual void tell_changed(bool changed) noexcept = 0;
-    /// What a binding has at the end of the page's items, and at the other one.
-    virtual std::wstring own_path_of(const syncer::binding& named) const = 0;
-    virtual std::wstring other_path_of(const syncer::binding& named) const = 0;
     /// Lets the user choose the folder of the other end; nothing when there is none.
     virtual std::optional<std::wstring> browse() = 0;
     /// The folder that the text of the other end's field names, of one item the one that its
@@ -84,6 +90,9 @@ protected:
     void set_default_other_end(std::wstring path);
 
     bool is_single() const noexcept { return m_entries.size() == 1; }
+
+    /// Where the counterpart of the only item would lie; `folder` itself for several.
+    std::wstring with_leaf(std::wstring folder) const;
 
     const std::vector<sync_entry>& get_entries() const noexcept { return m_entries; }
 
@@ -128,6 +137,7 @@ private:
     std::wstring get_other_end() const;
 
     const sync_page_controls& m_controls;
+    const sync_page_ends& m_ends;
     const int m_mode;
     std::vector<sync_entry> m_entries;
     std::wstring m_default_other_end;
